@@ -1,0 +1,32 @@
+#include "Json.h"
+
+#include "Log.h"
+
+#include <cstdlib>
+
+namespace OrvaneJson {
+
+Value parse(const char* operation, const std::string& text) {
+    json_error_t error;
+    Value root(json_loads(text.c_str(), 0, &error));
+    if (!root) {
+        ORVANE_LOG(ERROR, "%s() error on line %d:%d(%d) %s", operation, error.line, error.column, error.position,
+                   error.text);
+    }
+    return root;
+}
+
+std::string dump(const json_t* value) {
+    const std::unique_ptr<char, decltype(&std::free)> text(json_dumps(value, 0), &std::free);
+    return text ? std::string(text.get()) : std::string();
+}
+
+bool isAnswerComplete(const char* operation, int statusCode, const std::string& responseData) {
+    if (statusCode == 200 && !responseData.empty()) {
+        return true;
+    }
+    ORVANE_LOG(ERROR, "%s() HTTP[%d] responseData:\n%s", operation, statusCode, responseData.c_str());
+    return false;
+}
+
+} // namespace OrvaneJson
