@@ -20,6 +20,7 @@
 
 #include <deque>
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 #include <utility>
@@ -438,16 +439,18 @@ private:
 
     // ---- CloudAccess/RestRequest.cpp --------------------------------------------------------------------------
 
-    /// What one attempt left behind for the decision on a follow-up.
-    struct Answer {
-        HttpClientIfc::eResult result = HttpClientIfc::SUCCESS;
+    enum class Attempt { NO_CONNECTION, SEND_FAILED, READ_FAILED, ANSWERED };
+    /// What one attempt leaves behind for the decision on a follow-up.
+    struct FollowUp {
         std::string location;
         int retryAfterSeconds = 0;
     };
-    bool exchange(const std::string& path, const std::string& body, HttpClientIfc::HTTPMETHOD method,
-                  std::string& responseData, Headers& requestHeaders, Headers& responseHeaders, StatusCode& statusCode,
-                  const std::string& redirectionUrl, Answer& answer);
+    Attempt exchange(const std::string& path, const std::string& body, HttpClientIfc::HTTPMETHOD method,
+                     std::string& responseData, Headers& requestHeaders, Headers& responseHeaders,
+                     StatusCode& statusCode, const std::string& redirectionUrl, FollowUp& followUp);
     bool establishConnection(const std::string& url);
+    HttpClientIfc::eResult readAnswer(HttpClientIfc& client, std::string& responseData, Headers& responseHeaders,
+                                      StatusCode& statusCode);
 
     // ---- CloudAccess/Login.cpp --------------------------------------------------------------------------------
 
@@ -459,16 +462,24 @@ private:
 
     // ---- CallData/CallLogMerge.cpp ----------------------------------------------------------------------------
 
-    void confirmViewedMissedCalls(const char* keepFormatOperation, const IdSet& missedIds, const RecordMap& map);
+    // Shared with the merge of shared lines; `operation` begins the log line.
+    void confirmViewedMissedCalls(const char* operation, const IdSet& missedIds, const RecordMap& map);
     void forgetPendingSession(const char* operation, const std::string& telephonySessionId);
+    /// Writes the first qualifying number of a response; `open` is cleared by it.
     void storeLastDialledNumber(const std::string& callType, const std::string& number, bool deleted, bool& open);
     void mergeCallRecord(const std::string& id, const std::string& record, bool deleted, Records& callRecordsVector);
     void mergeCallLogRecords(json_t* root, Records& callRecordsVector);
+    void storeCallLogSyncToken(json_t* root);
 
     // ---- CallData/ViewedMissedCalls.cpp -----------------------------------------------------------------------
 
     /// The caller holds m_callLogSem.
     void saveViewedMissedCallIds();
+
+    // ---- Directory/Phonebook.cpp ------------------------------------------------------------------------------
+
+    void downloadPhonebookPages(std::string url, Records& records, bool& publishData);
+    bool storePhonebookSyncToken(json_t* root, int& nextPageId, bool& anotherPage);
 
     // ---- Presence/FunctionKeyPresence.cpp ---------------------------------------------------------------------
 
@@ -476,17 +487,17 @@ private:
 
     // ---- Members ----------------------------------------------------------------------------------------------
 
-    // Framework links; not owned unless said.
+    // Framework links; the raw pointers are not owned.
     Context* m_pSvcRTEContext = nullptr;
-    ServiceDataManagerIfc* m_pDataManager; ///< owned
-    ThreaderIfc* m_pThreader;              ///< owned
+    std::unique_ptr<ServiceDataManagerIfc> m_pDataManager;
+    std::unique_ptr<ThreaderIfc> m_pThreader;
     LocalMgmtIfc* m_pLocalMgmt = nullptr;
     SecurityLogServiceIfc* m_pSecurityLogService = nullptr;
     CertificateMgmtSvcIfc* m_pCertificateMgmtService = nullptr;
     JournalServiceIfc* m_pJournalService = nullptr;
     CommunicationsServiceIfc* m_pCommunicationsService = nullptr;
     TeamServiceIfc* m_pTeamService = nullptr;
-    SecureConnectionEstablisher* m_secureConnEstablisher = nullptr; ///< owned
+    std::unique_ptr<SecureConnectionEstablisher> m_secureConnEstablisher;
 
     std::vector<OrvaneServiceObserverIfc*> m_observers;
 
