@@ -1,0 +1,5 @@
+#include "framework/Service.h"
+
+Service::~Service() = default;
+
+void Service::handleMsg(const std::string&) {}

@@ -1,0 +1,16 @@
+#include "utilities/Contact.h"
+
+#include "utilities/ContactFields.h"
+#include "utilities/JsonText.h"
+
+std::string Contact::serialize() const {
+    std::string text;
+    for (const ContactField& field : contactFields) {
+        text += text.empty() ? '{' : ',';
+        JsonText::appendString(text, field.key);
+        text += ':';
+        JsonText::appendString(text, JsonText::validUtf8(this->*field.member));
+    }
+    text += '}';
+    return text;
+}
