@@ -19,6 +19,9 @@ public:
 
     void parse();
 
+    /// Whether parse() ends on that text. Texts from the network are tested before an event is made of them.
+    static bool isParsable(const std::string& uri);
+
     /// Event path and extension id, and with `compareParameters` the query parameters too.
     bool isEqual(OrvaneEvent& other, bool compareParameters) const;
 

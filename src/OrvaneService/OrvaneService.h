@@ -297,10 +297,13 @@ public:
     std::string generateUuid();
     bool storeUuidMessage(const std::string& uuid);
     bool findUuidMessageAndDeleteIt(const std::string& uuid);
+    bool handleMsgError(json_t* metadata, json_t* data);
+
+    // ---- EventChannel/Session.cpp -----------------------------------------------------------------------------
+
     bool sendHeartbeatMsg();
     bool handleMsgHeartbeat(json_t* metadata, json_t* data);
     bool handleMsgConnectionDetails(json_t* metadata, json_t* data);
-    bool handleMsgError(json_t* metadata, json_t* data);
 
     // ---- EventChannel/EventSubscription.cpp -------------------------------------------------------------------
 
@@ -456,9 +459,54 @@ private:
 
     int tokenRenewalDelayMilliseconds() const;
 
+    // ---- EventChannel/MessageEnvelope.cpp ---------------------------------------------------------------------
+
+    void storeSessionContext(json_t* metadata);
+    /// A new message id, entered among those that wait for an answer.
+    bool storeNewMessageId(std::string& messageId);
+
+    // ---- EventChannel/Session.cpp -----------------------------------------------------------------------------
+
+    /// What "ConnectionDetails" asks for.
+    struct SessionStart {
+        bool flushBuffer;
+        bool subscribeAnew;
+    };
+    void startSessionTimers(int idleTimeoutSeconds);
+    SessionStart decideSessionStart(json_t* data);
+
     // ---- EventChannel/EventSubscription.cpp -------------------------------------------------------------------
 
-    bool storeNewMessageId(std::string& messageId);
+    /// The "eventFilters" array, whose filters are stored as subscribed; the caller owns it.
+    json_t* buildEventFilters(const char* operation);
+    bool addEventFilter(json_t* filters, const std::string& filter, const std::string& extensionId);
+    /// Takes over `body`. `failureMessage` is logged when the frame cannot be built.
+    bool sendClientRequest(const std::string& messageId, int method, const std::string& path, json_t* body,
+                           int requestInFlight, const char* failureMessage);
+
+    // ---- EventChannel/SubscriptionReply.cpp -------------------------------------------------------------------
+
+    struct SubscriptionReply {
+        std::string id;
+        std::string creationTime;
+        std::string status;
+        json_t* eventFilters = nullptr; ///< borrowed
+        std::string expirationTime;
+        int expiresInSeconds = 0;
+        json_t* disabledFilters = nullptr; ///< borrowed, null when there are none
+    };
+    static bool readSubscriptionReply(json_t* data, SubscriptionReply& reply);
+    void takeConfirmedEvents(const SubscriptionReply& reply);
+    void takeDisabledFilters(json_t* disabledFilters, OrvaneEventList& dropped);
+    void renewSubscriptionTimer(const SubscriptionReply& reply);
+
+    // ---- EventChannel/ServerNotification.cpp ------------------------------------------------------------------
+
+    void handlePresenceEvent(json_t* body);
+    void handleMessageStoreEvent(json_t* data, json_t* body);
+    void handleDndEvent(json_t* data, json_t* body);
+    void handleOwnDndEvent(const std::string& extensionId, const std::string& dndStatusText);
+    void handleColleagueDndEvent(const std::string& extensionId, const std::string& dndStatusText);
 
     // ---- CallData/CallLogMerge.cpp ----------------------------------------------------------------------------
 
