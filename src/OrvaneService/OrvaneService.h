@@ -21,6 +21,7 @@
 #include <deque>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -352,10 +353,13 @@ public:
 
     void getBcaCallLog(Records& callRecordsVector);
     void getBcaCallLog(BcaLineType& line, Records& callRecordsVector, bool& fullSync);
-    void handleBcaCallLogResponse(StatusCode statusCode, std::string& responseData, BcaLineType& line,
-                                  Records& callRecordsVector);
     void syncDataForBcaLines(const std::vector<std::string>& lineIds);
     void removeSyncedDataForBcaLines(const std::vector<BcaLineType>& removedLines);
+
+    // ---- CallData/SharedLineMerge.cpp -------------------------------------------------------------------------
+
+    void handleBcaCallLogResponse(StatusCode statusCode, std::string& responseData, BcaLineType& line,
+                                  Records& callRecordsVector);
 
     // ---- Directory/Phonebook.cpp ------------------------------------------------------------------------------
 
@@ -380,6 +384,9 @@ public:
     bool getVoicemail();
     bool getBcaVoicemail(BcaLineType& line);
     bool getBcaVoicemail(const std::string& extensionId);
+
+    // ---- Directory/VoicemailReader.cpp ------------------------------------------------------------------------
+
     bool handleVoicemailResponse(StatusCode statusCode, std::string& response,
                                  OrvaneServiceTypes::Voicemail& voicemail);
     bool handleVoicemailRecord(json_t* record, OrvaneServiceTypes::Voicemail& voicemail);
@@ -393,11 +400,14 @@ public:
     static void* asyncSyncDndRunner(OrvaneService* service);
     void syncDnd();
 
-    // ---- Presence/FunctionKeyPresence.cpp ---------------------------------------------------------------------
+    // ---- Presence/FunctionKeyConfiguration.cpp ----------------------------------------------------------------
 
     bool getFpkConfiguration(ManageableData& data, std::string& fpk, FpkPresenceDataType& out);
     bool getFpkConfigurationFromPlds(std::string& fpk, FpkPresenceDataType& out);
     std::string getIndexFromIndexedPldsItem(const std::string& id);
+
+    // ---- Presence/FunctionKeyPresence.cpp ---------------------------------------------------------------------
+
     bool insertFpkPresenceDataIntoMap(const FpkPresenceDataType& record);
     bool doesFpkPresenceDataExist(const std::string& extensionId);
     bool isFpkPresenceMapEmpty();
@@ -429,6 +439,7 @@ private:
 
     // ---- ServiceCore/ConfigurationChanges.cpp -----------------------------------------------------------------
 
+    void applyConfigurationGroup();
     void interfaceStatusChanged(bool up);
     void interfaceWentDown();
     void interfaceCameUp();
@@ -524,6 +535,36 @@ private:
     /// The caller holds m_callLogSem.
     void saveViewedMissedCallIds();
 
+    // ---- CallData/SharedLineDiscovery.cpp ---------------------------------------------------------------------
+
+    bool mergeBcaLines(std::map<std::string, BcaLineType>& newBcaLineMap, std::vector<BcaLineType>& removedLines,
+                       std::vector<std::string>& newLineIds);
+    static void readGrantedLine(json_t* record, std::map<std::string, BcaLineType>& newBcaLineMap);
+
+    // ---- CallData/SharedLineCallLog.cpp -----------------------------------------------------------------------
+
+    bool takeNextReadyBcaLine(std::optional<std::string>& lastExtensionId, BcaLineType& line, std::string& path);
+    std::string prepareBcaCallLogRequest(BcaLineType& line);
+    void downloadBcaCallLog(const std::string& path, BcaLineType& line, Records& callRecordsVector);
+    bool isCallLogSyncTokenEmpty();
+
+    // ---- CallData/SharedLineMerge.cpp -------------------------------------------------------------------------
+
+    void mergeBcaCallLogRecords(json_t* root, BcaLineType& line, Records& callRecordsVector);
+    static void mergeBcaCallRecord(const std::string& id, const std::string& record, bool deleted, RecordMap& map,
+                                   Records& callRecordsVector);
+
+    // ---- Directory/ContactWriteBack.cpp -----------------------------------------------------------------------
+
+    bool sendContactRequest(const std::string& subpath, const std::string& body, HttpClientIfc::HTTPMETHOD method,
+                            std::string& responseData, StatusCode& statusCode);
+    void publishContactAnswer(StatusCode statusCode, std::string& responseData);
+
+    // ---- Directory/VoicemailReader.cpp ------------------------------------------------------------------------
+
+    static bool readNewestVoicemail(json_t* record, OrvaneServiceTypes::Voicemail& voicemail, std::string& name,
+                                    std::string& phoneNumber);
+
     // ---- Directory/Phonebook.cpp ------------------------------------------------------------------------------
 
     void downloadPhonebookPages(std::string url, Records& records, bool& publishData);
@@ -531,7 +572,17 @@ private:
 
     // ---- Presence/FunctionKeyPresence.cpp ---------------------------------------------------------------------
 
+    bool storeColleagueDndStatus(json_t* root, std::string& extensionId, bool& dndActive);
+
+    // ---- Presence/FunctionKeyConfiguration.cpp ----------------------------------------------------------------
+
     void functionKeyChanged(const std::string& id, const std::string& value);
+    void functionKeyGivenUp(const std::string& index, const std::string& value, const std::string& extensionId);
+    void functionKeyAdded(const std::string& index, const std::string& value, const FpkPresenceDataType& record);
+
+    // ---- Presence/DndSync.cpp ---------------------------------------------------------------------------------
+
+    void forgetDndStatus();
 
     // ---- Members ----------------------------------------------------------------------------------------------
 
