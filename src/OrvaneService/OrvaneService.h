@@ -488,8 +488,9 @@ private:
 
     // ---- EventChannel/EventSubscription.cpp -------------------------------------------------------------------
 
+    enum class SubscriptionRequest { CREATE, UPDATE };
     /// The "eventFilters" array, whose filters are stored as subscribed; the caller owns it.
-    json_t* buildEventFilters(const char* operation);
+    json_t* buildEventFilters(SubscriptionRequest request);
     bool addEventFilter(json_t* filters, const std::string& filter, const std::string& extensionId);
     /// Takes over `body`. `failureMessage` is logged when the frame cannot be built.
     bool sendClientRequest(const std::string& messageId, int method, const std::string& path, json_t* body,

@@ -37,7 +37,7 @@ bool OrvaneService::subscribeOvEvents() {
             ORVANE_LOG(ERROR, "subscribeOvEvents() - uuid already stored!");
             return false;
         }
-        filters = buildEventFilters("subscribeOvEvents()");
+        filters = buildEventFilters(SubscriptionRequest::CREATE);
     }
     return sendClientRequest(messageId, OrvaneServiceHelper::POST, subscriptionPath, subscriptionBody(filters),
                              changeInFlight, "subscribeOvEvents() - create Client Request message failed!");
@@ -58,7 +58,7 @@ bool OrvaneService::updateSubscriptionOvEvents() {
         return false;
     }
     // What is subscribed already stays in the list; the reply removes what the server no longer confirms.
-    json_t* filters = buildEventFilters("updateSubscriptionOvEvents()");
+    json_t* filters = buildEventFilters(SubscriptionRequest::UPDATE);
     return sendClientRequest(messageId, OrvaneServiceHelper::PUT, subscriptionPath + "/" + getSubscriptionId(),
                              subscriptionBody(filters), changeInFlight,
                              "updateSubscriptionOvEvents() - create Client Request message failed!");
@@ -89,13 +89,12 @@ bool OrvaneService::cancelSubscriptionOvEvents() {
                              "cancelSubscribtionOvEvents() - create Client Request message failed!");
 }
 
-json_t* OrvaneService::buildEventFilters(const char* operation) {
-    const bool subscribing = std::string(operation) == "subscribeOvEvents()";
+json_t* OrvaneService::buildEventFilters(SubscriptionRequest request) {
     const std::string ownExtension = OV_EXTENSION_PATH + "~/";
     json_t* filters = json_array();
     if (m_sync_callLog) {
         const std::string presence = ownExtension + OV_EVENT_PRESENCE;
-        if (addEventFilter(filters, presence, m_szUserId) && subscribing) {
+        if (addEventFilter(filters, presence, m_szUserId) && request == SubscriptionRequest::CREATE) {
             ORVANE_LOG(DEBUG, "subscribeOvEvents() - ovEvent[%s], m_szUserId[%s]", presence.c_str(),
                        m_szUserId.c_str());
         }
@@ -112,7 +111,7 @@ json_t* OrvaneService::buildEventFilters(const char* operation) {
         addEventFilter(filters, ownExtension + OV_EVENT_DND, m_szUserId);
         if (!isFpkPresenceMapEmpty()) {
             const std::string presenceLine = ownExtension + OV_EVENT_PRESENCE_LINE;
-            if (!addEventFilter(filters, presenceLine, m_szUserId) && !subscribing) {
+            if (!addEventFilter(filters, presenceLine, m_szUserId) && request == SubscriptionRequest::UPDATE) {
                 ORVANE_LOG(ERROR, "updateSubscriptionOvEvents() - event(%s) was not added!", presenceLine.c_str());
             }
         }
@@ -163,6 +162,11 @@ std::string OrvaneService::getSubscriptionId() {
 }
 
 void OrvaneService::storeSubscribedOvEvent(const std::string& filter, const std::string& extensionId) {
+    // The id of a shared line comes from the network as well.
+    if (!OrvaneEvent::isParsable(filter)) {
+        ORVANE_LOG(WARNING, "storeSubscribedOvEvent() - event[%s] is malformed", filter.c_str());
+        return;
+    }
     OrvaneEvent event(filter, extensionId);
     m_ovEvents.add(event);
 }
