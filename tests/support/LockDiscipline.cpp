@@ -1,0 +1,124 @@
+#include "LockDiscipline.h"
+
+#include "TestPlatform.h"
+#include "threads/Semaphore.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+void LockDiscipline::nameNext(std::vector<std::string> names) {
+    m_names.assign(names.begin(), names.end());
+}
+
+std::string LockDiscipline::takeName() {
+    if (m_names.empty()) {
+        return "a semaphore of the test";
+    }
+    std::string name = m_names.front();
+    m_names.pop_front();
+    return name;
+}
+
+void LockDiscipline::taken(const std::string& semaphore) {
+    // What may stand inside what, where the documents say so; the reverse is never right.
+    static const std::set<std::pair<std::string, std::string>> documented = {
+        {"m_dndSem", "m_fpkPresenceMapSem"},
+        {"m_dndSem", "m_bcaLineListSem"},
+        {"m_bcaLineListSem", "m_callLogSem"},
+        {"m_callLogSyncTokenSem", "m_callLogSem"},
+        {"m_callLogSyncTokenSem", "m_telephonySessionsSem"},
+        {"m_callLogResponseSem", "m_callLogSem"},
+        {"m_callLogResponseSem", "m_telephonySessionsSem"},
+    };
+    const bool again = std::find(m_held.begin(), m_held.end(), semaphore) != m_held.end();
+    if (!again) {
+        for (const std::string& outer : m_held) {
+            EXPECT_EQ(0u, documented.count({semaphore, outer}))
+                << outer << " is held while " << semaphore << " is taken: the order is the other way round";
+            EXPECT_EQ(0u, m_orders.count({semaphore, outer}))
+                << outer << " and " << semaphore << " are taken in both orders";
+            const std::set<std::string> pair = {outer, semaphore};
+            EXPECT_NE((std::set<std::string>{"m_callLogSyncTokenSem", "m_callLogResponseSem"}), pair)
+                << "these two are never held together";
+            m_orders.insert({outer, semaphore});
+        }
+    }
+    m_held.push_back(semaphore);
+}
+
+void LockDiscipline::given(const std::string& semaphore) {
+    const auto last = std::find(m_held.rbegin(), m_held.rend(), semaphore);
+    if (last != m_held.rend()) {
+        m_held.erase(std::next(last).base());
+    }
+}
+
+void LockDiscipline::checkRequest() {
+    for (const std::string& semaphore : m_held) {
+        EXPECT_TRUE(semaphore == "m_connectionSem" || m_allowedAcrossRequests.count(semaphore) != 0 ||
+                    m_allowedLeftTaken.count(semaphore) != 0)
+            << semaphore << " is held across a request";
+    }
+}
+
+void LockDiscipline::checkSleep() {
+    for (const std::string& semaphore : m_held) {
+        EXPECT_TRUE(m_allowedAcrossRequests.count(semaphore) != 0 || m_allowedLeftTaken.count(semaphore) != 0)
+            << semaphore << " is held across a sleep";
+    }
+}
+
+void LockDiscipline::checkNothingHeld() {
+    for (const std::string& semaphore : m_held) {
+        EXPECT_EQ(1u, m_allowedLeftTaken.count(semaphore)) << semaphore << " is still held";
+    }
+}
+
+struct Semaphore::Representation {
+    std::string name;
+    int count;
+    int maximum;
+    bool reentrant;
+    unsigned long owner = 0;
+    int depth = 0;
+};
+
+Semaphore::Semaphore(int initialCount, int maximumCount, bool reentrant)
+    : m_representation(std::make_unique<Representation>()) {
+    m_representation->name = TestPlatform::current().locks.takeName();
+    m_representation->count = initialCount;
+    m_representation->maximum = maximumCount;
+    m_representation->reentrant = reentrant;
+}
+
+Semaphore::~Semaphore() = default;
+
+bool Semaphore::take(int timeoutMilliseconds) {
+    Representation& self = *m_representation;
+    TestPlatform& platform = TestPlatform::current();
+    EXPECT_EQ(-1, timeoutMilliseconds) << self.name << " is taken with a time limit";
+    const unsigned long thread = platform.threads.runningThread();
+    if (self.reentrant && self.depth > 0 && self.owner == thread) {
+        ++self.depth;
+    } else if (self.count > 0) {
+        --self.count;
+        self.owner = thread;
+        self.depth = 1;
+    } else {
+        throw WouldBlockForEver(self.name);
+    }
+    platform.locks.taken(self.name);
+    return true;
+}
+
+void Semaphore::give() {
+    Representation& self = *m_representation;
+    TestPlatform::current().locks.given(self.name);
+    if (self.depth > 1) {
+        --self.depth;
+        return;
+    }
+    self.depth = 0;
+    self.count = std::min(self.count + 1, self.maximum);
+}

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <deque>
+#include <map>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+/// Thrown by a take that nobody could ever end: everything runs on the test's one thread.
+class WouldBlockForEver : public std::runtime_error {
+public:
+    explicit WouldBlockForEver(const std::string& semaphore)
+        : std::runtime_error(semaphore + " would be waited for without end"), semaphore(semaphore) {}
+
+    const std::string semaphore;
+};
+
+/// Knows who holds which semaphore and fails the test when an order or a rule is broken:
+/// - the documented orders, and no two orders that could wait for each other;
+/// - m_callLogSyncTokenSem and m_callLogResponseSem never together;
+/// - across a request nothing but m_connectionSem, across a sleep nothing at all (but for named exemptions).
+class LockDiscipline {
+public:
+    /// The semaphores that are built next take these names, in order.
+    void nameNext(std::vector<std::string> names);
+    std::string takeName();
+
+    /// A semaphore that is held across requests and sleeps on purpose.
+    void allowAcrossRequests(const std::string& semaphore) { m_allowedAcrossRequests.insert(semaphore); }
+    /// A semaphore that is left taken on purpose.
+    void allowLeftTaken(const std::string& semaphore) { m_allowedLeftTaken.insert(semaphore); }
+
+    void taken(const std::string& semaphore);
+    void given(const std::string& semaphore);
+
+    void checkRequest();
+    void checkSleep();
+    /// To be called between driven events: nobody holds anything.
+    void checkNothingHeld();
+
+    const std::vector<std::string>& held() const { return m_held; }
+
+private:
+    std::deque<std::string> m_names;
+    std::vector<std::string> m_held; ///< in the order of taking; a re-entrant one as often as it is taken
+    std::set<std::pair<std::string, std::string>> m_orders;
+    std::set<std::string> m_allowedAcrossRequests;
+    std::set<std::string> m_allowedLeftTaken;
+};

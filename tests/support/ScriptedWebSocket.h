@@ -1,0 +1,23 @@
+#pragma once
+
+#include "network/WebSocketAppIfc.h"
+#include "network/WebSocketThread.h"
+
+#include <string>
+#include <vector>
+
+class ThreaderIfc;
+
+/// The one WebSocket client: records what the service does with it. The test calls the service's callbacks itself.
+class ScriptedWebSocket : public WebSocketThread {
+public:
+    std::vector<std::string> urls;   ///< of every init
+    std::vector<std::string> frames; ///< sent, oldest first
+    int stops = 0;
+    int terminations = 0;
+    bool running = false; ///< instance() gives this object
+    ThreaderIfc* threader = nullptr;
+    WebSocketAppIfc* app = nullptr;
+
+    void send(const std::string& message) override { frames.push_back(message); }
+};

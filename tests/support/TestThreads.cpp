@@ -1,0 +1,98 @@
+#include "TestThreads.h"
+
+#include "TestPlatform.h"
+#include "threads/OSALSleep.h"
+#include "threads/Threader.h"
+
+#include <algorithm>
+
+void TestThreads::runNext() {
+    if (!m_pending.empty()) {
+        run(m_pending.begin()->first);
+    }
+}
+
+void TestThreads::runAll() {
+    while (!m_pending.empty()) {
+        runNext();
+    }
+}
+
+void TestThreads::run(unsigned long id) {
+    const Job job = m_pending.at(id);
+    m_pending.erase(id);
+    m_running.push_back(id);
+    job.runner(job.argument);
+    m_running.pop_back();
+}
+
+unsigned long TestThreads::spawn(Job job) {
+    job.id = ++m_lastId;
+    spawned.push_back(job);
+    m_pending.emplace(job.id, job);
+    return job.id;
+}
+
+void TestThreads::detach(unsigned long id) {
+    for (Job& job : spawned) {
+        job.detached = job.detached || job.id == id;
+    }
+}
+
+void TestThreads::waitFor(unsigned long id) {
+    waitedFor.push_back(id);
+    if (m_pending.count(id) != 0) {
+        run(id);
+    } else if (std::find(m_running.begin(), m_running.end(), id) != m_running.end()) {
+        waitedForItself.push_back(id);
+    }
+}
+
+void TestThreads::waitForAllOf(const void* threader) {
+    std::vector<unsigned long> ids;
+    for (const auto& [id, job] : m_pending) {
+        if (job.threader == threader) {
+            ids.push_back(id);
+        }
+    }
+    for (const unsigned long id : ids) {
+        run(id);
+    }
+}
+
+struct Threader::Representation {};
+
+Threader::Threader() : m_representation(std::make_unique<Representation>()) {}
+
+Threader::~Threader() {
+    TestPlatform::current().threads.waitForAllOf(this);
+}
+
+bool Threader::spawn(unsigned long& id, Runner runner, void* argument, const std::string& name,
+                     OSALThreadPriority priority, int stackSize) {
+    TestThreads& threads = TestPlatform::current().threads;
+    if (threads.refuse) {
+        return false;
+    }
+    // Stored before the body runs: the thread clears it.
+    id = threads.spawn({0, runner, argument, name, priority, stackSize, this});
+    if (threads.runAtSpawn) {
+        threads.runAll();
+    }
+    return true;
+}
+
+void Threader::detach(unsigned long id) {
+    TestPlatform::current().threads.detach(id);
+}
+
+void Threader::waitForThreadCompletion(unsigned long id) {
+    TestPlatform::current().threads.waitFor(id);
+}
+
+void OSALSleep::secSleep(int seconds) {
+    TestPlatform& platform = TestPlatform::current();
+    platform.locks.checkSleep();
+    platform.threads.sleepsSeconds.push_back(seconds);
+    platform.context.advanceWithoutExpiries(seconds * 1000LL);
+}
