@@ -3,6 +3,7 @@
 #include "network/WebSocketAppIfc.h"
 #include "network/WebSocketThread.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,12 @@ public:
     bool running = false; ///< instance() gives this object
     ThreaderIfc* threader = nullptr;
     WebSocketAppIfc* app = nullptr;
+    std::function<void()> whileSending; ///< runs inside every send, for what happens to a connection meanwhile
 
-    void send(const std::string& message) override { frames.push_back(message); }
+    void send(const std::string& message) override {
+        frames.push_back(message);
+        if (whileSending) {
+            whileSending();
+        }
+    }
 };
