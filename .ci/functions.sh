@@ -29,15 +29,24 @@ install_packages() {
     fail "installing ${missing[*]} failed"
 }
 
-# Configures a preset if that was never done or the presets have changed, and builds it.
-build_preset() {
+# Configures a preset if that was never done or the presets have changed since.
+configure_preset() {
   local preset=$1
-  shift
   if [ ! -f "build/$preset/build.ninja" ] || [ CMakePresets.json -nt "build/$preset/build.ninja" ]; then
     cmake --preset "$preset"
     touch "build/$preset/build.ninja"
   fi
-  cmake --build "build/$preset" --parallel "$(nproc)" "$@"
+}
+
+# Configures and builds a preset, or only the named targets of it.
+build_preset() {
+  local preset=$1 target targets=()
+  shift
+  configure_preset "$preset"
+  for target in "$@"; do
+    targets+=(--target "$target")
+  done
+  cmake --build "build/$preset" --parallel "$(nproc)" "${targets[@]}"
 }
 
 # Runs the tests of a built preset, all of them or those of the named tiers, and prints the counts as its last line.
