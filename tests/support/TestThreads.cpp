@@ -95,4 +95,7 @@ void OSALSleep::secSleep(int seconds) {
     platform.locks.checkSleep();
     platform.threads.sleepsSeconds.push_back(seconds);
     platform.context.advanceWithoutExpiries(seconds * 1000LL);
+    if (platform.threads.duringSleep) {
+        platform.threads.duringSleep();
+    }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -26,6 +27,7 @@ public:
     std::vector<unsigned long> waitedForItself;
     std::vector<Job> spawned; ///< all that were ever made
     std::vector<int> sleepsSeconds;
+    std::function<void()> duringSleep; ///< runs in every sleep, when no semaphore is held
 
     std::size_t pendingCount() const { return m_pending.size(); }
     /// Runs the oldest job that has not run yet.
