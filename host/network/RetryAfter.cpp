@@ -36,20 +36,23 @@ std::optional<std::time_t> parseDate(const std::string& text, std::time_t now) {
     std::tm time{};
     int end = 0;
     const char* input = text.c_str();
-    const auto readWhole = [&text, &end] { return end == static_cast<int>(text.size()); };
+    const auto readAll = [&text, &end](int fields) {
+        const bool whole = fields == 6 && end == static_cast<int>(text.size());
+        end = 0;
+        return whole;
+    };
 
-    if (std::sscanf(input, "%*3[A-Za-z], %2d %3[A-Za-z] %4d %2d:%2d:%2d GMT%n", &time.tm_mday, month, &time.tm_year,
-                    &time.tm_hour, &time.tm_min, &time.tm_sec, &end) == 6 &&
-        readWhole()) {
-    } else if (end = 0; std::sscanf(input, "%*9[A-Za-z], %2d-%3[A-Za-z]-%2d %2d:%2d:%2d GMT%n", &time.tm_mday, month,
-                                    &time.tm_year, &time.tm_hour, &time.tm_min, &time.tm_sec, &end) == 6 &&
-                        readWhole()) {
+    const bool usualForm =
+        readAll(std::sscanf(input, "%*3[A-Za-z], %2d %3[A-Za-z] %4d %2d:%2d:%2d GMT%n", &time.tm_mday, month,
+                            &time.tm_year, &time.tm_hour, &time.tm_min, &time.tm_sec, &end)) ||
+        readAll(std::sscanf(input, "%*3[A-Za-z] %3[A-Za-z] %2d %2d:%2d:%2d %4d%n", month, &time.tm_mday, &time.tm_hour,
+                            &time.tm_min, &time.tm_sec, &time.tm_year, &end));
+    if (!usualForm) {
+        if (!readAll(std::sscanf(input, "%*9[A-Za-z], %2d-%3[A-Za-z]-%2d %2d:%2d:%2d GMT%n", &time.tm_mday, month,
+                                 &time.tm_year, &time.tm_hour, &time.tm_min, &time.tm_sec, &end))) {
+            return std::nullopt;
+        }
         time.tm_year = fullYear(time.tm_year, now);
-    } else if (end = 0; std::sscanf(input, "%*3[A-Za-z] %3[A-Za-z] %2d %2d:%2d:%2d %4d%n", month, &time.tm_mday,
-                                    &time.tm_hour, &time.tm_min, &time.tm_sec, &time.tm_year, &end) == 6 &&
-                        readWhole()) {
-    } else {
-        return std::nullopt;
     }
 
     const std::optional<int> monthOfYear = monthNumber(month);

@@ -94,14 +94,21 @@ private:
         }
         if (codePoint >= 0xD800 && codePoint < 0xDC00) {
             unsigned low = 0;
-            if (m_text.compare(m_position + 1, 2, "\\u") != 0 || (m_position += 2, !readFourDigits(low)) ||
-                low < 0xDC00 || low >= 0xE000) {
+            if (!readLowSurrogate(low)) {
                 return false;
             }
             codePoint = 0x10000 + ((codePoint - 0xD800) << 10) + (low - 0xDC00);
         }
         appendUtf8(value, codePoint);
         return true;
+    }
+
+    bool readLowSurrogate(unsigned& low) {
+        if (m_text.compare(m_position + 1, 2, "\\u") != 0) {
+            return false;
+        }
+        m_position += 2;
+        return readFourDigits(low) && low >= 0xDC00 && low < 0xE000;
     }
 
     /// Stands on the "u" before, on the last digit behind.
