@@ -17,7 +17,9 @@ NetworkControl& NetworkControl::instance() {
 
 void NetworkControl::setInterfaceUp(bool up) {
     std::unique_lock<std::mutex> lock(m_mutex);
-    m_up = up;
+    if (m_up.exchange(up) == up) {
+        return;
+    }
     for (const auto& listener : m_listeners) {
         listener.second();
     }

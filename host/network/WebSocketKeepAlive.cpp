@@ -1,0 +1,109 @@
+#include "network/WebSocketKeepAlive.h"
+
+#include "network/NetworkControl.h"
+
+#include <algorithm>
+#include <utility>
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+namespace {
+
+/// A limit that is noticed later than that has waited behind a callback, and so may the pong.
+constexpr milliseconds punctual{100};
+constexpr milliseconds graceBehindCallback{500};
+
+bool isFrozen() {
+    return !NetworkControl::instance().isInterfaceUp();
+}
+
+milliseconds scaled(int duration) {
+    const double factor = NetworkControl::instance().timeScale();
+    return std::max(milliseconds(1), milliseconds(static_cast<long>(duration / factor)));
+}
+
+milliseconds pongLimit() {
+    return scaled(NetworkControl::instance().limits().pongMilliseconds);
+}
+
+} // namespace
+
+WebSocketKeepAlive::WebSocketKeepAlive(boost::asio::io_context& context, std::function<void()> sendPing,
+                                       std::function<void()> reportTimeout)
+    : m_sendPing(std::move(sendPing)), m_reportTimeout(std::move(reportTimeout)), m_pingTimer(context),
+      m_pongTimer(context) {}
+
+void WebSocketKeepAlive::start(std::weak_ptr<void> owner) {
+    m_owner = std::move(owner);
+    m_running = true;
+    schedulePing();
+}
+
+void WebSocketKeepAlive::stop() {
+    m_running = false;
+    m_pingTimer.cancel();
+    m_pongTimer.cancel();
+}
+
+void WebSocketKeepAlive::pongArrived() {
+    m_pongAwaited = false;
+    m_timeoutReported = false;
+    m_pongTimer.cancel();
+}
+
+void WebSocketKeepAlive::interfaceUp() {
+    if (!m_running) {
+        return;
+    }
+    schedulePing();
+    if (m_pongAwaited && !m_timeoutReported) {
+        awaitPong(pongLimit());
+    }
+}
+
+void WebSocketKeepAlive::schedulePing() {
+    m_pingTimer.expires_after(scaled(NetworkControl::instance().limits().pingIntervalMilliseconds));
+    m_pingTimer.async_wait([this, owner = m_owner](const boost::system::error_code& cancelled) {
+        const std::shared_ptr<void> alive = owner.lock();
+        if (!cancelled && alive && m_running && m_pingTimer.expiry() <= Clock::now()) {
+            onPingDue();
+        }
+    });
+}
+
+void WebSocketKeepAlive::onPingDue() {
+    if (isFrozen()) {
+        return;
+    }
+    m_sendPing();
+    if (!m_pongAwaited) {
+        m_pongAwaited = true;
+        m_graceGiven = false;
+        awaitPong(pongLimit());
+    }
+    schedulePing();
+}
+
+void WebSocketKeepAlive::awaitPong(Milliseconds limit) {
+    m_pongTimer.expires_after(limit);
+    m_pongTimer.async_wait([this, owner = m_owner](const boost::system::error_code& cancelled) {
+        const std::shared_ptr<void> alive = owner.lock();
+        if (!cancelled && alive && m_running && m_pongTimer.expiry() <= Clock::now()) {
+            onPongLimit();
+        }
+    });
+}
+
+void WebSocketKeepAlive::onPongLimit() {
+    if (!m_pongAwaited || isFrozen()) {
+        return;
+    }
+    if (!m_graceGiven && Clock::now() - m_pongTimer.expiry() > punctual) {
+        m_graceGiven = true;
+        awaitPong(graceBehindCallback);
+        return;
+    }
+    m_timeoutReported = true;
+    m_reportTimeout();
+}
