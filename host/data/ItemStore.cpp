@@ -1,0 +1,87 @@
+#include "data/ItemStore.h"
+
+#include <sqlite3.h>
+
+namespace {
+
+struct Finalize {
+    void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+};
+using Statement = std::unique_ptr<sqlite3_stmt, Finalize>;
+
+Statement prepare(sqlite3* database, const char* text) {
+    sqlite3_stmt* statement = nullptr;
+    sqlite3_prepare_v2(database, text, -1, &statement, nullptr);
+    return Statement(statement);
+}
+
+void bind(const Statement& statement, int index, const std::string& text) {
+    sqlite3_bind_text(statement.get(), index, text.data(), static_cast<int>(text.size()), SQLITE_TRANSIENT);
+}
+
+std::string columnText(const Statement& statement, int column) {
+    const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement.get(), column));
+    return text == nullptr ? std::string()
+                           : std::string(text, static_cast<std::size_t>(sqlite3_column_bytes(statement.get(), column)));
+}
+
+constexpr int busyMilliseconds = 2000;
+
+} // namespace
+
+std::unique_ptr<ItemStore> ItemStore::open(const std::string& path, std::string& error) {
+    std::unique_ptr<ItemStore> store(new ItemStore);
+    const std::string name = path.empty() ? ":memory:" : path;
+    if (sqlite3_open_v2(name.c_str(), &store->m_database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr) !=
+        SQLITE_OK) {
+        error = sqlite3_errmsg(store->m_database);
+        return nullptr;
+    }
+    sqlite3_busy_timeout(store->m_database, busyMilliseconds);
+    // The table is written to once, so that a file which cannot be written is found out now.
+    if (!store->run("pragma journal_mode=wal", error) || !store->run("pragma synchronous=normal", error) ||
+        !store->run("create table if not exists items (key text primary key, value text not null) without rowid",
+                    error) ||
+        !store->run("pragma user_version=1", error)) {
+        return nullptr;
+    }
+    return store;
+}
+
+ItemStore::~ItemStore() {
+    sqlite3_close(m_database);
+}
+
+bool ItemStore::run(const char* statement, std::string& error) {
+    if (sqlite3_exec(m_database, statement, nullptr, nullptr, nullptr) == SQLITE_OK) {
+        return true;
+    }
+    error = sqlite3_errmsg(m_database);
+    return false;
+}
+
+std::optional<std::string> ItemStore::get(const std::string& key) {
+    const Statement statement = prepare(m_database, "select value from items where key=?1");
+    bind(statement, 1, key);
+    if (sqlite3_step(statement.get()) != SQLITE_ROW) {
+        return std::nullopt;
+    }
+    return columnText(statement, 0);
+}
+
+bool ItemStore::put(const std::string& key, const std::string& value) {
+    const Statement statement =
+        prepare(m_database, "insert into items (key, value) values (?1, ?2) on conflict (key) do update set value=?2");
+    bind(statement, 1, key);
+    bind(statement, 2, value);
+    return sqlite3_step(statement.get()) == SQLITE_DONE;
+}
+
+std::map<std::string, std::string> ItemStore::all() {
+    std::map<std::string, std::string> items;
+    const Statement statement = prepare(m_database, "select key, value from items");
+    while (sqlite3_step(statement.get()) == SQLITE_ROW) {
+        items.emplace(columnText(statement, 0), columnText(statement, 1));
+    }
+    return items;
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+struct sqlite3;
+
+/// Items by key in an SQLite file with a write-ahead log, or in memory. What put() has returned from survives a kill
+/// of the process. Not safe for use by several threads at once.
+class ItemStore {
+public:
+    /// In memory when `path` is empty. Null, with the reason in `error`, when the file is no store or cannot be
+    /// written.
+    static std::unique_ptr<ItemStore> open(const std::string& path, std::string& error);
+
+    ~ItemStore();
+    ItemStore(const ItemStore&) = delete;
+    ItemStore& operator=(const ItemStore&) = delete;
+
+    /// Empty when the item was never set.
+    std::optional<std::string> get(const std::string& key);
+    bool put(const std::string& key, const std::string& value);
+    std::map<std::string, std::string> all();
+
+private:
+    ItemStore() = default;
+    bool run(const char* statement, std::string& error);
+
+    sqlite3* m_database = nullptr; ///< owned, as SQLite's interface has it
+};
