@@ -17,11 +17,15 @@ TestTelephone::TestTelephone() {
     platform.store.set(PldsTags::SERVER_TYPE, "7");
     platform.store.set(PldsTags::MAC_ADDRESS, "MAC1");
     platform.store.set(PldsTags::ORVANE_API_SERVER_ADDRESS, server);
-    platform.locks.nameNext(semaphoreNames);
+    nameSemaphoresOfNextService();
     service.reset(dynamic_cast<OrvaneService*>(createOrvaneService()));
 }
 
 TestTelephone::~TestTelephone() = default;
+
+void TestTelephone::nameSemaphoresOfNextService() {
+    platform.locks.nameNext(semaphoreNames);
+}
 
 void TestTelephone::TearDown() {
     checkQuiet();

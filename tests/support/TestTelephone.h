@@ -39,6 +39,9 @@ protected:
                               const std::string& label = "Colleague");
     void withObserver() { service->subscribe(&observer); }
 
+    /// To be called before a test makes one more service: its semaphores take the members' names.
+    void nameSemaphoresOfNextService();
+
     /// Executable::init on the service; the login is then a pending thread.
     void initialise() { service->init(platform.context); }
 
