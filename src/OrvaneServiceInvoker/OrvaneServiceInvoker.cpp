@@ -20,6 +20,13 @@ constexpr const char* logTag = "Orvane Service Invoker";
 constexpr const char* logSource = "./src/OrvaneServiceInvoker";
 constexpr int logLevelError = 2;
 
+#define INVOKER_LOG_ERROR(...)                                                                                         \
+    do {                                                                                                               \
+        if (loggingOnAppLine(logTag, logLevelError)) {                                                                 \
+            logAppLine(logTag, logSource, logLevelError, __LINE__, __VA_ARGS__);                                       \
+        }                                                                                                              \
+    } while (false)
+
 /// One remote call on its way: the service, the decoded request and the reply to fill.
 struct Call {
     OrvaneServiceIfc& service;
@@ -189,8 +196,7 @@ void runRemoteMethod(Call& call) {
             return;
         }
     }
-    logAppLine(logTag, logSource, logLevelError, __LINE__, "handleMessage() unknown request='%s'",
-               call.request.getName().c_str());
+    INVOKER_LOG_ERROR("handleMessage() unknown request='%s'", call.request.getName().c_str());
 }
 
 } // namespace
@@ -218,8 +224,8 @@ void OrvaneServiceInvoker::handleMessage(Executable* executable, const char* mes
     std::istringstream stream(std::string(message, static_cast<std::size_t>(length)));
     Method request;
     if (service == nullptr || adapter == nullptr || !adapter->decode(stream, request)) {
-        logAppLine(logTag, logSource, logLevelError, __LINE__, "handleMessage() ovSvc[%p] protocolAdapter[%p]",
-                   static_cast<void*>(service), static_cast<void*>(adapter));
+        INVOKER_LOG_ERROR("handleMessage() ovSvc[%p] protocolAdapter[%p]", static_cast<void*>(service),
+                          static_cast<void*>(adapter));
         return;
     }
     Method reply(request.getName(), Method::RESPONSE);
