@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <jansson.h>
 
+#include <cstdlib>
 #include <memory>
 #include <string>
 
@@ -21,6 +22,11 @@ inline Value parse(const std::string& text) {
         ADD_FAILURE() << "no JSON: " << text << "\n" << error.text;
     }
     return value;
+}
+
+inline std::string dump(const json_t* value) {
+    const std::unique_ptr<char, decltype(&std::free)> text(json_dumps(value, JSON_ENCODE_ANY), &std::free);
+    return text ? text.get() : "";
 }
 
 inline std::string stringAt(const json_t* object, const char* key) {
