@@ -1,7 +1,5 @@
 #include "transport/RemoteFramework.h"
 
-#include "OrvaneServiceIfc.h"
-#include "OrvaneServiceObserverIfc.h"
 #include "framework/Executable.h"
 #include "framework/Invoker.h"
 #include "framework/InvokerResponse.h"
@@ -48,6 +46,19 @@ private:
     const long long m_sequence;
 };
 
+/// Stands for a client that has gone: what would be answered goes nowhere.
+class GoneSubscriberResponse : public InvokerResponse {
+public:
+    explicit GoneSubscriberResponse(const std::string& subscriber) : m_subscriber(subscriber) {}
+
+    std::string getProtocolName() const override { return JsonProtocolAdapter::protocol; }
+    std::string getSubscriberName() const override { return m_subscriber; }
+    void send(const char*, int) override {}
+
+private:
+    const std::string m_subscriber;
+};
+
 } // namespace
 
 struct RemoteFramework::Subscriber {
@@ -84,21 +95,21 @@ void RemoteFramework::call(LineConnection& connection, long long sequence, const
 }
 
 void RemoteFramework::dropSubscriber(const LineConnection& connection) {
-    std::unique_ptr<Subscriber> subscriber;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        const auto entry = m_subscribers.find(connection.name());
-        if (entry == m_subscribers.end()) {
+        if (m_subscribers.count(connection.name()) == 0) {
             return;
         }
-        subscriber = std::move(entry->second);
-        m_subscribers.erase(entry);
     }
-    auto* observer = dynamic_cast<OrvaneServiceObserverIfc*>(subscriber->proxy.get());
-    auto* service = dynamic_cast<OrvaneServiceIfc*>(m_service);
-    if (observer != nullptr && service != nullptr) {
-        service->unsubscribe(observer);
-    }
+    // What a client that takes its leave sends, in its name: the framework knows no service's own interface.
+    std::ostringstream message;
+    m_adapter.encode(message, Method("unsubscribe", Method::REQUEST));
+    const std::string text = message.str();
+    m_invoker->handleMessage(m_service, text.data(), static_cast<int>(text.size()),
+                             new GoneSubscriberResponse(connection.name()));
+
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_subscribers.erase(connection.name());
 }
 
 ProtocolAdapterIfc* RemoteFramework::findProtocolAdapter(std::string& name) {

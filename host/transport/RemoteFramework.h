@@ -11,7 +11,6 @@
 class Executable;
 class Invoker;
 class LineConnection;
-class OrvaneServiceIfc;
 class Proxy;
 class ProxyRequest;
 
