@@ -20,8 +20,9 @@ ARROWS = {
     "tests/fuzz": {"tests/support", "src", "include", "platform"},
     "tests/host": {"host", "platform"},
     "tools/orvane-cloud": {"cloudsim"},
-    "tools/orvane-ctl": {"host", "include", "platform"},
-    "tools/orvane-phone": {"host", "include", "platform"},
+    "tools/events": {"include"},
+    "tools/orvane-ctl": {"host", "include", "platform", "tools/events"},
+    "tools/orvane-phone": {"host", "include", "platform", "tools/events"},
 }
 # What is installed on the machine and yet not for a folder: the service reaches threads, clocks and the network through
 # the platform alone, and the simulator reads and writes JSON by other means than its client.
