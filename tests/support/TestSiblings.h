@@ -7,6 +7,7 @@
 #include "siblings/SecurityLogServiceIfc.h"
 #include "siblings/TeamServiceIfc.h"
 
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,10 +22,16 @@ public:
 class TestTeamService : public SiblingService, public TeamServiceIfc {
 public:
     void subscribe(TeamServiceEventIfc* newListener) override { listener = newListener; }
-    void showDoNotDisturb(const std::string& uri, bool active) override { lamps.emplace_back(uri, active); }
+    void showDoNotDisturb(const std::string& uri, bool active) override {
+        lamps.emplace_back(uri, active);
+        if (reaction) {
+            reaction();
+        }
+    }
 
     TeamServiceEventIfc* listener = nullptr;
     std::vector<std::pair<std::string, bool>> lamps;
+    std::function<void()> reaction; ///< runs inside every call
 };
 
 class TestJournalService : public SiblingService, public JournalServiceIfc {
