@@ -14,7 +14,7 @@ protected:
     /// A server that answers no ping until it is told to, and then all of them, in order.
     void serveWithholdingPongs() {
         serve([this](WebSocketPeer& peer) {
-            while (!server->isEnding()) {
+            while (!peer.peer().isServerEnding()) {
                 if (peer.peer().waitForData(std::chrono::milliseconds(5))) {
                     const WebSocketPeer::Frame frame = peer.readFrame();
                     if (frame.opcode != WebSocketPeer::PING) {
@@ -102,8 +102,8 @@ TEST_F(KeepAlive, AnUnaskedPongIsReported) {
 
 TEST_F(KeepAlive, AHalfOpenConnectionShowsItselfByItsSilenceAlone) {
     setPings(20, 30);
-    serve([this](WebSocketPeer& peer) {
-        while (!server->isEnding()) { // neither reads nor ends
+    serve([](WebSocketPeer& peer) {
+        while (!peer.peer().isServerEnding()) { // neither reads nor ends
             peer.peer().waitForData(std::chrono::milliseconds(5));
             pause(5);
         }

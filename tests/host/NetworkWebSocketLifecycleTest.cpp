@@ -232,7 +232,7 @@ TEST_F(Lifecycle, SendDoesNotWaitForACallback) {
 }
 
 TEST_F(Lifecycle, AStopEndsWithinItsTimeThoughThePeerAnswersNothing) {
-    serve([this](WebSocketPeer&) { eventually([this] { return server->isEnding(); }); });
+    serve([](WebSocketPeer& peer) { eventually([&peer] { return peer.peer().isServerEnding(); }); });
     open();
     ASSERT_TRUE(app.waitFor("open 0"));
     EXPECT_LT(durationOf([] { WebSocketThread::stop(); }).count(), 500);

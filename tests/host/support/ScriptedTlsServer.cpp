@@ -50,8 +50,8 @@ std::size_t announcedLength(const std::string& header) {
 
 } // namespace
 
-ScriptedPeer::ScriptedPeer(int socket, SSL* connection, int number)
-    : m_socket(socket), m_connection(connection), m_number(number) {}
+ScriptedPeer::ScriptedPeer(int socket, SSL* connection, int number, const std::atomic<bool>& ending)
+    : m_socket(socket), m_connection(connection), m_number(number), m_ending(ending) {}
 
 ScriptedPeer::~ScriptedPeer() = default;
 
@@ -216,7 +216,7 @@ void ScriptedTlsServer::serve(int socket, int number) {
         }
     } else if (SSL_accept(connection) == 1) {
         ++m_connections;
-        ScriptedPeer peer(socket, connection, number);
+        ScriptedPeer peer(socket, connection, number, m_ending);
         m_script(peer);
         SSL_shutdown(connection);
     }

@@ -16,13 +16,16 @@
 /// at most ten seconds. Used by the connection's own thread.
 class ScriptedPeer {
 public:
-    ScriptedPeer(int socket, SSL* connection, int number);
+    ScriptedPeer(int socket, SSL* connection, int number, const std::atomic<bool>& ending);
     ~ScriptedPeer();
     ScriptedPeer(const ScriptedPeer&) = delete;
     ScriptedPeer& operator=(const ScriptedPeer&) = delete;
 
     /// Counts the server's connections from 0.
     int number() const { return m_number; }
+
+    /// True once the server is going down: a script that waits must end.
+    bool isServerEnding() const { return m_ending; }
 
     /// One HTTP request: request line, headers, and the body that Content-Length announces. Empty at the end.
     std::string readRequest();
@@ -49,6 +52,7 @@ private:
     int m_socket;
     SSL* m_connection;
     int m_number;
+    const std::atomic<bool>& m_ending;
 };
 
 /// A TLS server on a free port of 127.0.0.1. Every connection runs the script on a thread of its own; when the script
@@ -78,8 +82,6 @@ public:
     int connections() const { return m_connections; }
     /// Connections that were accepted.
     int accepted() const { return m_accepted; }
-    /// The program's end of waiting scripts: true once the server is going down.
-    bool isEnding() const { return m_ending; }
 
 private:
     struct Release {

@@ -135,6 +135,12 @@ protected:
         WebSocketThread::setThreader(nullptr);
     }
 
+    /// Both ends go before the members of a test's own class, which their threads may use.
+    void TearDown() override {
+        WebSocketThread::terminate();
+        server.reset();
+    }
+
     /// Starts a server whose script begins when the opening handshake is over.
     void serve(Script script) {
         serveRaw([script = std::move(script)](ScriptedPeer& peer) {
