@@ -1,0 +1,77 @@
+#include "orvane-ctl/ControlClient.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+ControlClient::~ControlClient() {
+    if (m_socket >= 0) {
+        ::close(m_socket);
+    }
+}
+
+bool ControlClient::connect(const std::string& path, std::string& error) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof address.sun_path) {
+        error = "the path of the control socket is too long: " + path;
+        return false;
+    }
+    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+    m_socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (::connect(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+        error = "no telephone on " + path + ": " + std::strerror(errno);
+        return false;
+    }
+    return true;
+}
+
+bool ControlClient::send(const std::string& line) {
+    const std::string text = line + "\n";
+    std::size_t sent = 0;
+    while (sent < text.size()) {
+        const ssize_t count = ::send(m_socket, text.data() + sent, text.size() - sent, MSG_NOSIGNAL);
+        if (count <= 0) {
+            return false;
+        }
+        sent += static_cast<std::size_t>(count);
+    }
+    return true;
+}
+
+ControlClient::Reading ControlClient::read(std::string& line, std::optional<TimePoint> until) {
+    for (;;) {
+        const std::size_t end = m_pending.find('\n');
+        if (end != std::string::npos) {
+            line = m_pending.substr(0, end);
+            m_pending.erase(0, end + 1);
+            return Reading::LINE;
+        }
+        int waitMilliseconds = -1;
+        if (until) {
+            const auto left =
+                std::chrono::duration_cast<std::chrono::milliseconds>(*until - std::chrono::steady_clock::now());
+            waitMilliseconds = static_cast<int>(std::clamp<long long>(left.count(), 0, 86'400'000));
+        }
+        pollfd readable{m_socket, POLLIN, 0};
+        const int ready = ::poll(&readable, 1, waitMilliseconds);
+        if (ready == 0) {
+            return Reading::TIMEOUT;
+        }
+        if (ready < 0) {
+            continue;
+        }
+        std::array<char, 65536> part{};
+        const ssize_t count = ::recv(m_socket, part.data(), part.size(), 0);
+        if (count <= 0) {
+            return Reading::ENDED;
+        }
+        m_pending.append(part.data(), static_cast<std::size_t>(count));
+    }
+}

@@ -1,0 +1,198 @@
+#include "orvane-phone/Commands.h"
+
+#include "OrvaneServiceIfc.h"
+#include "data/ItemNames.h"
+#include "data/LocalMgmt.h"
+#include "data/PldsTags.h"
+#include "logging/Logging.h"
+#include "network/NetworkControl.h"
+#include "siblings/CommunicationsServiceEventIfc.h"
+#include "siblings/HostSiblings.h"
+#include "siblings/SiblingThread.h"
+#include "siblings/TeamServiceEventIfc.h"
+#include "transport/LineConnection.h"
+#include "transport/RemoteFramework.h"
+
+#include <nlohmann/json.hpp>
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string textOf(const Json& value) {
+    return value.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+Json status(const Commands::Parts& parts) {
+    Json items = Json::object();
+    if (parts.store != nullptr) {
+        for (const auto& [key, value] : parts.store->all()) {
+            items[ItemNames::nameOf(key)] = value;
+        }
+    }
+    return {{"running", parts.service->isRunning()}, {"items", items}};
+}
+
+Json configure(const Commands::Parts& parts, const Json& request, std::string& error) {
+    std::vector<std::pair<std::string, std::string>> items;
+    for (const Json& item : request.at("items")) {
+        const auto key = ItemNames::keyOf(item.at("name").get<std::string>());
+        if (!key) {
+            error = "there is no item " + item.at("name").get<std::string>();
+            return {};
+        }
+        items.emplace_back(*key, item.at("value").get<std::string>());
+    }
+    Json refused = Json::array();
+    for (const LocalMgmt::Refusal& refusal : parts.store->configure(items, request.at("group").get<std::string>())) {
+        refused.push_back(
+            {{"name", refusal.key.empty() ? "" : ItemNames::nameOf(refusal.key)}, {"reason", refusal.reason}});
+    }
+    return {{"refused", refused}};
+}
+
+Json item(const Commands::Parts& parts, const Json& request, std::string& error) {
+    const auto name = request.at("name").get<std::string>();
+    const auto key = ItemNames::keyOf(name);
+    if (!key) {
+        error = "there is no item " + name;
+        return {};
+    }
+    if (request.contains("value")) {
+        parts.store->change(*key, request.at("value").get<std::string>());
+    }
+    return {{"name", name}, {"value", parts.store->get(*key)}};
+}
+
+/// First the network itself, so that nothing gets through when the service hears of it; the other way round for "up".
+Json interfaceStatus(const Commands::Parts& parts, const Json& request) {
+    const bool up = request.at("up").get<bool>();
+    NetworkControl::instance().setInterfaceUp(up);
+    if (parts.store != nullptr) {
+        parts.store->change(PldsTags::INTERFACE_STATUS, up ? "up" : "down");
+    }
+    return Json::object();
+}
+
+Json overview(const Commands::Parts& parts, const Json& request, std::string& error) {
+    TeamServiceEventIfc* listener = parts.team == nullptr ? nullptr : parts.team->listener();
+    if (listener == nullptr) {
+        error = "the service does not listen to a team service";
+        return {};
+    }
+    const auto uri = request.at("uri").get<std::string>();
+    const auto description = request.at("description").get<std::string>();
+    const bool visible = request.at("visible").get<bool>();
+    const int position = request.at("position").get<int>();
+    const auto alert = static_cast<ELineVisualAlert>(request.at("alert").get<int>());
+    parts.siblings->raise([=] { listener->overviewChangedNotification(uri, description, visible, position, alert); });
+    return Json::object();
+}
+
+Json communicationsEvent(const Commands::Parts& parts, const Json& request, std::string& error) {
+    CommunicationsServiceEventIfc* listener =
+        parts.communications == nullptr ? nullptr : parts.communications->listener();
+    if (listener == nullptr) {
+        error = "the service does not listen to a communications service";
+        return {};
+    }
+    if (request.contains("status")) {
+        const auto text = request.at("status").get<std::string>();
+        const auto info = request.at("info").get<std::string>();
+        parts.siblings->raise([=] { listener->systemStatusChange(text, info); });
+    } else {
+        parts.siblings->raise([=] { listener->devicesChanged(); });
+    }
+    return Json::object();
+}
+
+} // namespace
+
+void Commands::open() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_open = true;
+    m_changed.notify_all();
+}
+
+void Commands::close() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_closed = true;
+    m_changed.notify_all();
+}
+
+bool Commands::waitUntilOpen() {
+    std::unique_lock<std::mutex> lock(m_mutex);
+    m_changed.wait(lock, [this] { return m_open || m_closed; });
+    return !m_closed;
+}
+
+void Commands::handle(LineConnection& connection, const std::string& line) {
+    const Json request = Json::parse(line, nullptr, false);
+    if (!request.is_object() || !request.contains("seq") || !request["seq"].is_number_integer()) {
+        logAppLine("Orvane Host", __FILE__, 2, __LINE__, "%s sent a message of %zu bytes that cannot be read",
+                   connection.name().c_str(), line.size());
+        connection.send("{\"error\":\"the message cannot be read\"}");
+        return;
+    }
+    if (!waitUntilOpen()) {
+        return;
+    }
+    const auto sequence = request["seq"].get<long long>();
+    if (request.contains("method")) {
+        m_parts.remote->call(connection, sequence, textOf(request["method"]));
+        return;
+    }
+    if (request.contains("raw") && request["raw"].is_string()) {
+        m_parts.remote->call(connection, sequence, request["raw"].get<std::string>());
+        return;
+    }
+    Json answer = {{"seq", sequence}};
+    std::string error;
+    try {
+        const std::string reply = run(request.at("command").get<std::string>(), line, error);
+        if (error.empty()) {
+            answer["reply"] = Json::parse(reply);
+        }
+    } catch (const Json::exception&) {
+        error = "the command cannot be read";
+    }
+    if (!error.empty()) {
+        answer["error"] = error;
+    }
+    connection.send(textOf(answer));
+}
+
+std::string Commands::run(const std::string& command, const std::string& line, std::string& error) {
+    const Json request = Json::parse(line);
+    if (command == "status") {
+        return textOf(status(m_parts));
+    }
+    if (command == "interface") {
+        return textOf(interfaceStatus(m_parts, request));
+    }
+    if (command == "overview") {
+        return textOf(overview(m_parts, request, error));
+    }
+    if (command == "devices-changed" || command == "system-status") {
+        return textOf(communicationsEvent(m_parts, request, error));
+    }
+    if (m_parts.store == nullptr) {
+        error = "the telephone is without a configuration store";
+        return {};
+    }
+    if (command == "configure") {
+        return textOf(configure(m_parts, request, error));
+    }
+    if (command == "item") {
+        return textOf(item(m_parts, request, error));
+    }
+    if (command == "reset-user-data") {
+        return textOf({{"result", m_parts.store->resetUserData()}});
+    }
+    error = "there is no command " + command;
+    return {};
+}
+
+void Commands::clientEnded(LineConnection& connection) {
+    m_parts.remote->dropSubscriber(connection);
+}

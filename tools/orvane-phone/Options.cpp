@@ -1,0 +1,117 @@
+#include "orvane-phone/Options.h"
+
+#include "data/ItemNames.h"
+#include "network/ServerAddress.h"
+#include "network/TlsContext.h"
+#include "transport/ControlServer.h"
+
+#include <CLI/CLI.hpp>
+
+#include <unistd.h>
+
+#include <climits>
+#include <iostream>
+
+namespace {
+
+const std::vector<std::string> siblingNames = {"LocalMgmtIfc",   "CertificateMgmtSvcIfc", "JournalServiceIfc",
+                                               "TeamServiceIfc", "SecurityLogServiceIfc", "CommunicationsServiceIfc"};
+
+/// The library beside the program: bin/orvane-phone and lib/libOrvaneService.so.
+std::string defaultServiceLibrary() {
+    char path[PATH_MAX] = {};
+    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path - 1);
+    std::string program(path, length > 0 ? static_cast<std::size_t>(length) : 0);
+    const std::string folder = program.substr(0, program.rfind('/'));
+    return folder + "/../lib/libOrvaneService.so";
+}
+
+std::string readItem(const std::string& text, Options& options) {
+    const std::size_t equals = text.find('=');
+    if (equals == std::string::npos) {
+        return "--set wants ITEM=VALUE, not " + text;
+    }
+    const std::string name = text.substr(0, equals);
+    const auto key = ItemNames::keyOf(name);
+    if (!key) {
+        return "--set: there is no item " + name;
+    }
+    options.items.emplace_back(*key, text.substr(equals + 1));
+    return std::string();
+}
+
+/// One clear sentence about what is wrong, or nothing.
+std::string findFault(const std::vector<std::string>& items, Options& options) {
+    for (const std::string& item : items) {
+        const std::string fault = readItem(item, options);
+        if (!fault.empty()) {
+            return fault;
+        }
+    }
+    std::string error;
+    if (!options.server.empty() && !ServerAddress::parse(options.server, "https", error)) {
+        return "--server " + options.server + ": " + error;
+    }
+    for (const std::string& file : {options.authorities, options.certificate, options.key, options.service}) {
+        if (!file.empty() && ::access(file.c_str(), R_OK) != 0) {
+            return "cannot read " + file;
+        }
+    }
+    if (!TlsContext::make(options.authorities, options.certificate, options.key, error)) {
+        return error;
+    }
+    return std::string();
+}
+
+} // namespace
+
+bool readOptions(int argumentCount, char** arguments, Options& options, int& exitStatus) {
+    CLI::App app("Plays a SIP desk telephone on a PC: loads the Orvane Service and shows what it does.",
+                 "orvane-phone");
+    std::vector<std::string> items;
+    options.service = defaultServiceLibrary();
+    options.control = ControlServer::defaultPath();
+    app.add_option("--server", options.server, "the cloud's address, https://HOST[:PORT] or HOST[:PORT]");
+    app.add_option("--ca", options.authorities, "certificate authorities to trust, a PEM file")->required();
+    app.add_option("--cert", options.certificate, "the telephone's own certificate, a PEM file");
+    app.add_option("--key", options.key, "private key of that certificate, a PEM file");
+    app.add_option("--model", options.model, "the telephone's model, such as KD24")->required();
+    app.add_option("--mac", options.mac, "the telephone's MAC address")->required();
+    app.add_option("--store", options.store, "file of the configuration store; in memory without it");
+    app.add_option("--service", options.service, "the service's library")->capture_default_str();
+    app.add_option("--control", options.control, "control socket for orvane-ctl")->capture_default_str();
+    app.add_option("--set", items, "ITEM=VALUE, a configuration item to begin with; repeatable")
+        ->take_all()
+        ->allow_extra_args(false);
+    app.add_option("--without", options.absentServices, "leave a sibling service out; repeatable")
+        ->take_all()
+        ->allow_extra_args(false)
+        ->check(CLI::IsMember(siblingNames));
+    app.add_flag("--no-observer", options.noObserver, "subscribe no observer");
+    app.add_flag("--json", options.json, "report as JSON, one object a line");
+    app.add_flag("--once", options.once, "end when the first login has ended");
+    app.add_option("--time-scale", options.timeScale, "run timers, pings and sleeps that much faster")
+        ->check(CLI::PositiveNumber);
+    app.add_option("--log-level", options.logLevel, "2 (errors) to 6 (everything)")
+        ->check(CLI::Range(2, 6))
+        ->capture_default_str();
+    app.add_option("--log-file", options.logFile, "write the log there instead of standard error");
+    app.add_flag("--log-secrets", options.logSecrets, "leave tokens readable in the log");
+    try {
+        app.parse(argumentCount, arguments);
+    } catch (const CLI::Success& success) {
+        exitStatus = app.exit(success);
+        return false;
+    } catch (const CLI::ParseError& parseError) {
+        std::cerr << "orvane-phone: " << parseError.what() << '\n';
+        exitStatus = 2;
+        return false;
+    }
+    const std::string fault = findFault(items, options);
+    if (!fault.empty()) {
+        std::cerr << "orvane-phone: " << fault << '\n';
+        exitStatus = 2;
+        return false;
+    }
+    return true;
+}

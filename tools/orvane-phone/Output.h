@@ -1,0 +1,29 @@
+#pragma once
+
+#include "OrvaneServiceTypes.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+/// Where the telephone's reports go. The calls come from any thread; each is complete when it returns.
+class Output {
+public:
+    virtual ~Output() = default;
+
+    virtual void ready(const std::string& controlSocket) = 0;
+    virtual void fullSync(OrvaneServiceTypes::DataType type, const std::vector<std::string>& data) = 0;
+    virtual void incrementalSync(OrvaneServiceTypes::DataType type, const std::vector<std::string>& data) = 0;
+    virtual void event(OrvaneServiceTypes::EventType type) = 0;
+    virtual void userEvent(OrvaneServiceTypes::UserMsgType type, const std::string& message) = 0;
+    virtual void voicemail(const std::map<std::string, OrvaneServiceTypes::Voicemail>& data) = 0;
+    virtual void item(const std::string& name, const std::string& value) = 0;
+    virtual void lamp(const std::string& uri, bool dnd) = 0;
+    virtual void journal() = 0;
+    virtual void securityLog(bool success, const std::string& text) = 0;
+    /// The event channel has come up or gone.
+    virtual void channel(bool open) = 0;
+    /// Of a run that ends by itself.
+    virtual void summary() = 0;
+    virtual void stopped() = 0;
+};
