@@ -1,0 +1,335 @@
+#include "unit/EventChannel/ChannelTelephone.h"
+
+using namespace CloudAnswers;
+using namespace OrvaneServiceTypes;
+
+namespace {
+
+class Stop : public ChannelTelephone {};
+
+TEST_F(Stop, EndsEveryTimerButTheRestart) {
+    withObserver();
+    withCallLog();
+    connectWithEmptyCloud();
+    openChannel();
+    service->reloadAllData();
+    const std::vector<int> polling = platform.context.running(60000);
+    ASSERT_EQ(1u, polling.size());
+
+    service->stop();
+
+    EXPECT_TRUE(platform.context.runningDurations().empty());
+    EXPECT_TRUE(platform.context.exists(polling[0])) << "the permanent timers stay";
+    EXPECT_EQ(2u, platform.context.withDuration(1000).size());
+    EXPECT_EQ(1u, platform.context.withDuration(10000).size());
+    EXPECT_TRUE(platform.context.withDuration(54000).empty()) << "the others are deleted";
+    EXPECT_TRUE(platform.context.withDuration(600).empty());
+}
+
+TEST_F(Stop, LeavesTheRestartRunning) {
+    connectWithEmptyCloud();
+    platform.store.change(PldsTags::SERVER_TYPE, "8");
+
+    service->stop();
+
+    EXPECT_EQ((std::vector<int>{1000}), platform.context.runningDurations());
+}
+
+TEST_F(Stop, DeletesTheSubscriptionsTimerAndTheRestoration) {
+    subscribeAll();
+    service->onClose(0, 1006, "lost");
+    ASSERT_TRUE(isTimerRunning(restoreMilliseconds));
+    ASSERT_TRUE(isTimerRunning(renewalMilliseconds));
+
+    service->stop();
+
+    EXPECT_TRUE(timers().withDuration(restoreMilliseconds).empty());
+    EXPECT_TRUE(timers().withDuration(renewalMilliseconds).empty());
+    EXPECT_TRUE(timers().runningDurations().empty());
+}
+
+TEST_F(Stop, DeletesTheRecoverysTimer) {
+    openSession();
+    interfaceChanges("down");
+    ASSERT_TRUE(isTimerRunning(interfaceRecoveryMilliseconds));
+
+    service->stop();
+
+    EXPECT_TRUE(timers().withDuration(interfaceRecoveryMilliseconds).empty());
+}
+
+TEST_F(Stop, ClosesTheChannel) {
+    openSession();
+    const int stops = platform.webSocket.stops;
+
+    service->stop();
+
+    EXPECT_EQ(stops + 1, platform.webSocket.stops);
+    EXPECT_EQ(0, platform.webSocket.terminations);
+    EXPECT_EQ(OrvaneService::WS_STATE_CLOSED, service->getWebSocketState());
+    EXPECT_FALSE(service->isRunning());
+    EXPECT_EQ("", sessionContext());
+}
+
+TEST_F(Stop, CountsAsStoppedFromItsFirstStepOn) {
+    withObserver();
+    withCallLog();
+    connectWithEmptyCloud();
+    service->refreshCallLogEntries();
+    const std::size_t requests = platform.network.requests.size();
+
+    service->stop();
+
+    EXPECT_EQ(requests, platform.network.requests.size()) << "the waiting thread found the service stopped";
+    EXPECT_TRUE(logged(6, "stop() - stop refresh call log thread"));
+    EXPECT_EQ(0u, platform.threads.pendingCount());
+}
+
+TEST_F(Stop, WaitsForTheWorkersInItsOrder) {
+    withObserver();
+    withPhonebook();
+    connectWithEmptyCloud();
+    service->refreshVoicemailEntries();
+    service->refreshPhonebookEntries();
+    service->refreshCallLogEntries();
+    platform.dataManager.deliver(PldsTags::ORVANE_API_SYNC_DND, "true");
+    platform.log.clear();
+    platform.threads.waitedFor.clear();
+    platform.locks.allowAcrossRequests("m_dndSem");
+    expectPresence();
+
+    service->stop();
+
+    std::vector<std::string> waits;
+    for (const RecordedLog::Line& line : platform.log.lines()) {
+        if (line.text.rfind("stop() - ", 0) == 0) {
+            EXPECT_EQ(6, line.level);
+            waits.push_back(line.text);
+        }
+    }
+    EXPECT_EQ(
+        (std::vector<std::string>{"stop() - stop refresh call log thread", "stop() - stop refresh phonebook thread",
+                                  "stop() - stop refresh voicemail thread",
+                                  "stop() - stop enabling or disabling DND synchronisation feature"}),
+        waits);
+    EXPECT_EQ(4u, platform.threads.waitedFor.size());
+    EXPECT_TRUE(platform.threads.waitedForItself.empty());
+    EXPECT_TRUE(logged(4, "stop()"));
+}
+
+TEST_F(Stop, WaitsForALoginThatHasNotBegun) {
+    initialise();
+    expectToken().answers(500, "");
+
+    service->stop();
+
+    EXPECT_TRUE(logged(6, "stop() - stop async login Thread"));
+    EXPECT_FALSE(service->isRunning());
+    EXPECT_EQ(1u, platform.context.runningDurations().size()) << "a login in flight may arm a timer afterwards";
+}
+
+TEST_F(Stop, TwiceInARowIsHarmless) {
+    withObserver();
+    withCallLog();
+    connectWithEmptyCloud();
+    service->stop();
+    platform.context.calls.clear();
+    platform.log.clear();
+
+    service->stop();
+
+    EXPECT_FALSE(platform.log.contains("stopAndDeleteTimer"));
+    for (const std::string& call : platform.context.calls) {
+        EXPECT_EQ(0u, call.rfind("stop ", 0)) << call;
+        EXPECT_NE("stop 0", call);
+    }
+    EXPECT_EQ(3u, platform.context.calls.size());
+}
+
+TEST_F(Stop, BeforeInitIsHarmless) {
+    service->stop();
+
+    EXPECT_TRUE(platform.context.calls.empty());
+}
+
+TEST_F(Stop, KeepsTheDataAndTheSyncTokens) {
+    withObserver();
+    withCallLog();
+    connectWithEmptyCloud();
+    service->stop();
+    expectToken();
+    expectExtension();
+    expectGrants();
+    expectIncrementalCallLog("c1", "c2");
+    expectWebSocketToken();
+
+    service->start();
+}
+
+class Deletion : public TestTelephone {
+protected:
+    Deletion() {
+        withCallLog();
+        withPhonebook();
+        withObserver();
+        platform.store.set(PldsTags::ORVANE_API_VIEWED_MISSED_CALL_IDS, "\"7\"");
+    }
+    void connectWithData() {
+        expectToken();
+        expectExtension();
+        expectGrants();
+        expectFullCallLog("c1", {missedCall("7")});
+        expectFullPhonebook("p1", {{1, "A", "B", "", "Alive"}});
+        expectWebSocketToken();
+        connect();
+        observer.clear();
+        ASSERT_TRUE(service->isMissedCallViewed("7"));
+    }
+    /// Types of the empty full events that came.
+    std::vector<int> emptied() const {
+        std::vector<int> types;
+        for (const auto& event : observer.of("orvaneFullSync")) {
+            EXPECT_TRUE(event.data.empty());
+            types.push_back(event.type);
+        }
+        return types;
+    }
+    void pollAndRefresh() {
+        service->refreshPhonebookEntries();
+        runThreads();
+        passSeconds(60);
+    }
+};
+
+TEST_F(Deletion, WithoutAChangeClearsNothing) {
+    connectWithData();
+
+    service->deleteAllData(false);
+
+    EXPECT_TRUE(logged(6, "deleteAllData() hotDesking[false]"));
+    EXPECT_TRUE(emptied().empty());
+    EXPECT_TRUE(service->isMissedCallViewed("7"));
+    expectIncrementalPhonebook("p1", "p2");
+    expectIncrementalCallLog("c1", "c2");
+    pollAndRefresh();
+}
+
+TEST_F(Deletion, ForAnotherUserClearsAll) {
+    connectWithData();
+
+    service->deleteAllData(true);
+
+    EXPECT_TRUE(logged(6, "deleteAllData() hotDesking[true]"));
+    EXPECT_EQ((std::vector<int>{0, 5}), emptied());
+    EXPECT_FALSE(service->isMissedCallViewed("7"));
+    EXPECT_EQ("", platform.store.get(PldsTags::ORVANE_API_VIEWED_MISSED_CALL_IDS));
+    std::vector<std::string> contacts;
+    service->prepareDataForObservers(contacts);
+    EXPECT_TRUE(contacts.empty());
+    expectFullPhonebook("p2");
+    expectFullCallLog("c2");
+    pollAndRefresh();
+}
+
+TEST_F(Deletion, AfterAChangeOfTheCallLogAloneKeepsThePhonebook) {
+    connectWithData();
+    platform.dataManager.deliver(PldsTags::ORVANE_API_SYNC_CALL_LOG, "false");
+    platform.dataManager.deliver(PldsTags::ORVANE_API_SYNC_PHONEBOOK, "true");
+
+    service->deconfigure();
+
+    EXPECT_TRUE(logged(4, "deconfigure()"));
+    EXPECT_EQ((std::vector<int>{0}), emptied());
+    EXPECT_FALSE(service->isMissedCallViewed("7"));
+    std::vector<std::string> contacts;
+    service->prepareDataForObservers(contacts);
+    EXPECT_EQ(1u, contacts.size());
+    EXPECT_FALSE(service->isRunning());
+}
+
+TEST_F(Deletion, AfterAChangeOfThePhonebookAloneKeepsTheCallLog) {
+    connectWithData();
+    platform.dataManager.deliver(PldsTags::ORVANE_API_SYNC_PHONEBOOK, "false");
+
+    service->deconfigure();
+
+    EXPECT_EQ((std::vector<int>{5}), emptied());
+    EXPECT_TRUE(service->isMissedCallViewed("7"));
+}
+
+TEST_F(Deletion, AfterAChangeOfTheServerClearsBoth) {
+    connectWithData();
+    platform.dataManager.deliver(PldsTags::ORVANE_API_SERVER_ADDRESS, "other.example");
+
+    service->deconfigure();
+
+    EXPECT_EQ((std::vector<int>{0, 5}), emptied());
+    service->asyncLogin();
+    EXPECT_TRUE(
+        logged(5, "asyncLogin() ignored. m_ov_server_type[true] m_interface_status[true] m_state[DECONFIGURED]"));
+}
+
+TEST_F(Deletion, OfTheTokensMakesTheNextSynchronisationsFull) {
+    connectWithData();
+
+    service->clearSyncTokens();
+
+    EXPECT_TRUE(logged(4, "clearSyncTokens()"));
+    EXPECT_TRUE(observer.events.empty());
+    expectFullPhonebook("p2", {{1, "A", "B", "", "Alive"}});
+    expectFullCallLog("c2");
+    pollAndRefresh();
+}
+
+TEST_F(Deletion, OfTheTokensHoldsAgainstAnAnswerOnItsWay) {
+    connectWithData();
+    expectIncrementalCallLog("c1", "c2").whileAwaited([this] { service->clearSyncTokens(); });
+    passSeconds(60);
+
+    expectFullCallLog("c3");
+    passSeconds(60);
+    expectIncrementalCallLog("c3", "c4");
+    passSeconds(60);
+}
+
+class Reload : public TestTelephone {};
+
+TEST_F(Reload, ComesOneSecondAfterTheLastRequest) {
+    connectWithEmptyCloud();
+
+    service->reloadAllData();
+    pass(600);
+    service->reloadAllData();
+    pass(999);
+    EXPECT_EQ(3u, platform.network.requests.size());
+    EXPECT_TRUE(logged(6, "reloadAllData() m_interface_status[true] m_ov_server_type[true]"));
+
+    expectToken();
+    expectExtension();
+    pass(1);
+
+    EXPECT_TRUE(logged(6, "timerEvent(" + std::to_string(platform.context.withDuration(1000).at(1)) +
+                              ") reload all data timer expired, state[CONNECTED]"));
+    EXPECT_TRUE(logged(6, "hasUserChanged() retVal[false]"));
+}
+
+TEST_F(Reload, DoesNothingWhileTheInterfaceIsDown) {
+    platform.store.set(PldsTags::INTERFACE_STATUS, "down");
+    initialise();
+
+    service->reloadAllData();
+
+    EXPECT_TRUE(logged(6, "reloadAllData() m_interface_status[false] m_ov_server_type[true]"));
+    EXPECT_TRUE(platform.context.runningDurations().empty());
+}
+
+TEST_F(Reload, DoesNothingForAnotherServerType) {
+    platform.store.set(PldsTags::SERVER_TYPE, "");
+    initialise();
+
+    service->reloadAllData();
+
+    EXPECT_TRUE(platform.context.runningDurations().empty());
+}
+
+} // namespace
