@@ -1,22 +1,30 @@
 #include "transport/ControlServer.h"
 
+#include "logging/Logging.h"
+
+#include <poll.h>
 #include <pthread.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <utility>
 
 namespace {
 
-bool makeAddress(const std::string& path, sockaddr_un& address, std::string& error) {
+constexpr const char* logTag = "Orvane Host";
+constexpr int logLevelError = 2;
+constexpr int retryMilliseconds = 200;
+
+bool makeAddress(const std::string& path, sockaddr_un& address) {
     address = sockaddr_un{};
     address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof address.sun_path) {
-        error = "the path of the control socket is too long: " + path;
+    if (path.empty() || path.size() >= sizeof address.sun_path) {
         return false;
     }
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
@@ -24,8 +32,10 @@ bool makeAddress(const std::string& path, sockaddr_un& address, std::string& err
 }
 
 bool isAnswered(const sockaddr_un& address) {
-    const int probe = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const bool answered = ::connect(probe, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    // Without blocking: a live process that does not accept has a full queue of clients, and is there all the same.
+    const int probe = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    const bool answered =
+        ::connect(probe, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 || errno == EAGAIN;
     ::close(probe);
     return answered;
 }
@@ -41,29 +51,47 @@ std::string ControlServer::defaultPath() {
     return std::string(runtime != nullptr && *runtime != '\0' ? runtime : "/tmp") + "/orvane-phone.sock";
 }
 
-bool ControlServer::listen(const std::string& path, LineConnection::LineHandler lineCame,
-                           LineConnection::EndHandler ended, std::string& error) {
+ControlServer::Listening ControlServer::listen(const std::string& path, LineConnection::LineHandler lineCame,
+                                               LineConnection::EndHandler ended, std::string& error) {
     sockaddr_un address{};
-    if (!makeAddress(path, address, error)) {
-        return false;
+    if (!makeAddress(path, address)) {
+        error = "no path for a control socket, empty or too long: " + path;
+        return Listening::UNUSABLE_PATH;
     }
-    if (isAnswered(address)) {
-        error = "another telephone listens on " + path;
-        return false;
+    struct stat found{};
+    if (::lstat(path.c_str(), &found) == 0) {
+        if (!S_ISSOCK(found.st_mode)) {
+            error = "there is something else in place of the control socket " + path;
+            return Listening::UNUSABLE_PATH;
+        }
+        if (isAnswered(address)) {
+            error = "another telephone listens on " + path;
+            return Listening::OCCUPIED;
+        }
+        ::unlink(path.c_str());
     }
-    ::unlink(path.c_str());
-    const int listener = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    m_path = path;
+    if (!makeSocket(error)) {
+        return Listening::UNUSABLE_PATH;
+    }
+    m_lineCame = std::move(lineCame);
+    m_ended = std::move(ended);
+    m_thread = std::thread([this] { accept(); });
+    return Listening::BEGUN;
+}
+
+bool ControlServer::makeSocket(std::string& error) {
+    sockaddr_un address{};
+    makeAddress(m_path, address);
+    const int listener = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    // Nobody can connect before listen(), so nobody gets in before the access is limited.
     if (::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-        ::listen(listener, SOMAXCONN) != 0) {
-        error = "cannot listen on " + path + ": " + std::strerror(errno);
+        ::chmod(m_path.c_str(), S_IRUSR | S_IWUSR) != 0 || ::listen(listener, SOMAXCONN) != 0) {
+        error = "cannot listen on " + m_path + ": " + std::strerror(errno);
         ::close(listener);
         return false;
     }
     m_socket = listener;
-    m_path = path;
-    m_lineCame = std::move(lineCame);
-    m_ended = std::move(ended);
-    m_thread = std::thread([this] { accept(); });
     return true;
 }
 
@@ -71,6 +99,7 @@ void ControlServer::stop() {
     if (m_socket < 0) {
         return;
     }
+    m_stopping = true;
     ::shutdown(m_socket, SHUT_RDWR);
     m_thread.join();
     ::close(m_socket);
@@ -89,18 +118,31 @@ void ControlServer::stop() {
 
 void ControlServer::accept() {
     pthread_setname_np(pthread_self(), "control");
-    for (;;) {
+    while (!m_stopping) {
+        pollfd waiting{m_socket, POLLIN, 0};
+        ::poll(&waiting, 1, -1);
         const int client = ::accept4(m_socket, nullptr, nullptr, SOCK_CLOEXEC);
-        if (client < 0) {
-            if (errno == EINTR || errno == ECONNABORTED) {
-                continue;
-            }
-            return;
+        if (client >= 0) {
+            welcome(client);
+        } else if (errno != EAGAIN && errno != EINTR && errno != ECONNABORTED && !m_stopping) {
+            // No descriptors, no memory: the client stays in the queue until there are some.
+            logAppLine(logTag, __FILE__, logLevelError, __LINE__, "the control socket cannot take a client: %s",
+                       std::strerror(errno));
+            ::poll(nullptr, 0, retryMilliseconds);
         }
-        dropEnded();
+    }
+}
+
+void ControlServer::welcome(int client) {
+    dropEnded();
+    const std::string name = "client-" + std::to_string(++m_connectionCount);
+    try {
+        auto connection = std::make_unique<LineConnection>(client, name, m_lineCame, m_ended, m_limits);
         const std::lock_guard<std::mutex> lock(m_mutex);
-        m_connections.push_back(std::make_unique<LineConnection>(
-            client, "client-" + std::to_string(++m_connectionCount), m_lineCame, m_ended));
+        m_connections.push_back(std::move(connection));
+    } catch (const std::exception& exception) {
+        logAppLine(logTag, __FILE__, logLevelError, __LINE__, "no room for %s: %s", name.c_str(), exception.what());
+        ::close(client);
     }
 }
 

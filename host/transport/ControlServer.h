@@ -2,23 +2,29 @@
 
 #include "transport/LineConnection.h"
 
+#include <atomic>
 #include <list>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
 
-/// Listens on a Unix domain socket; each client gets a thread of its own.
+/// Listens on a Unix domain socket, which only the user may use; each client gets a thread of its own.
 class ControlServer {
 public:
-    ControlServer() = default;
+    explicit ControlServer(LineConnection::Limits limits = {}) : m_limits(limits) {}
     ~ControlServer();
     ControlServer(const ControlServer&) = delete;
     ControlServer& operator=(const ControlServer&) = delete;
 
-    /// A stale socket is replaced; false with the reason in `error` when a live telephone has it, or it cannot be made.
-    bool listen(const std::string& path, LineConnection::LineHandler lineCame, LineConnection::EndHandler ended,
-                std::string& error);
+    enum class Listening {
+        BEGUN,
+        UNUSABLE_PATH, ///< too long, no place for a socket, or something else stands there
+        OCCUPIED       ///< a live process listens there
+    };
+    /// A stale socket is replaced. The reason of a refusal goes to `error`.
+    Listening listen(const std::string& path, LineConnection::LineHandler lineCame, LineConnection::EndHandler ended,
+                     std::string& error);
 
     /// Ends all connections and waits for their threads. Not to be called from a handler.
     void stop();
@@ -27,13 +33,17 @@ public:
     static std::string defaultPath();
 
 private:
+    bool makeSocket(std::string& error);
     void accept();
+    void welcome(int client);
     void dropEnded();
 
+    const LineConnection::Limits m_limits;
     int m_socket = -1;
     std::string m_path;
     LineConnection::LineHandler m_lineCame;
     LineConnection::EndHandler m_ended;
+    std::atomic<bool> m_stopping{false};
     std::thread m_thread;
     std::mutex m_mutex;
     std::list<std::unique_ptr<LineConnection>> m_connections;

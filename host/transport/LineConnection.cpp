@@ -4,9 +4,11 @@
 
 #include <pthread.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <exception>
 
 namespace {
@@ -14,23 +16,50 @@ namespace {
 constexpr const char* logTag = "Orvane Host";
 constexpr int logLevelError = 2;
 
-bool sendAll(int socket, const std::string& text) {
+enum class Sending { DONE, TIMEOUT, GONE };
+
+Sending sendAll(int socket, const std::string& text) {
     std::size_t sent = 0;
     while (sent < text.size()) {
         const ssize_t count = ::send(socket, text.data() + sent, text.size() - sent, MSG_NOSIGNAL);
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
         if (count <= 0) {
-            return false;
+            return errno == EAGAIN ? Sending::TIMEOUT : Sending::GONE;
         }
         sent += static_cast<std::size_t>(count);
     }
-    return true;
+    return Sending::DONE;
+}
+
+void limitSending(int socket, int milliseconds) {
+    timeval limit{};
+    limit.tv_sec = milliseconds / 1000;
+    limit.tv_usec = milliseconds % 1000 * 1000;
+    ::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
+}
+
+void nameThread(const std::string& name) {
+    pthread_setname_np(pthread_self(), name.substr(0, 15).c_str());
 }
 
 } // namespace
 
-LineConnection::LineConnection(int socket, std::string name, LineHandler lineCame, EndHandler ended)
+LineConnection::LineConnection(int socket, std::string name, LineHandler lineCame, EndHandler ended, Limits limits)
     : m_socket(socket), m_name(std::move(name)), m_lineCame(std::move(lineCame)), m_endedHandler(std::move(ended)),
-      m_writer([this] { write(); }), m_reader([this] { read(); }) {}
+      m_limits(limits) {
+    limitSending(m_socket, m_limits.sendMilliseconds);
+    m_writer = std::thread([this] { write(); });
+    try {
+        m_reader = std::thread([this] { read(); });
+    } catch (const std::exception&) {
+        // The destructor of an object that was never whole does not run.
+        end();
+        m_writer.join();
+        throw;
+    }
+}
 
 LineConnection::~LineConnection() {
     end();
@@ -39,99 +68,119 @@ LineConnection::~LineConnection() {
     ::close(m_socket);
 }
 
+void LineConnection::shut() {
+    m_shut = true;
+    ::shutdown(m_socket, SHUT_RDWR);
+    m_changed.notify_all();
+}
+
 void LineConnection::send(const std::string& line) {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_closing) {
+    if (m_shut) {
         return;
     }
-    if (m_waitingBytes + line.size() > mostWaitingBytes) {
+    if (m_waitingBytes > 0 && m_waitingBytes + line.size() > m_limits.mostWaitingBytes) {
         logAppLine(logTag, __FILE__, logLevelError, __LINE__, "%s reads too slowly and is dropped", m_name.c_str());
-        m_closing = true;
-        ::shutdown(m_socket, SHUT_RDWR);
-    } else {
-        m_waitingBytes += line.size() + 1;
-        m_waiting.push_back(line + "\n");
+        shut();
+        return;
     }
+    m_waitingBytes += line.size() + 1;
+    m_waiting.push_back(line + "\n");
     m_changed.notify_all();
 }
 
 void LineConnection::end() {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_closing = true;
-    ::shutdown(m_socket, SHUT_RDWR);
-    m_changed.notify_all();
+    shut();
 }
 
 bool LineConnection::hasEnded() const {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_ended;
+    return m_readerEnded && m_writerEnded;
 }
 
 void LineConnection::read() {
-    pthread_setname_np(pthread_self(), m_name.substr(0, 15).c_str());
+    nameThread(m_name);
     std::string pending;
     std::array<char, 65536> part{};
-    for (;;) {
+    bool readable = true;
+    while (readable) {
         const ssize_t count = ::recv(m_socket, part.data(), part.size(), 0);
-        if (count <= 0) {
-            break;
+        if (count < 0 && errno == EINTR) {
+            continue;
         }
-        pending.append(part.data(), static_cast<std::size_t>(count));
-        if (!takeLines(pending)) {
-            break;
+        readable = count > 0;
+        if (readable) {
+            pending.append(part.data(), static_cast<std::size_t>(count));
+            readable = takeLines(pending);
         }
     }
     if (!pending.empty()) {
         logAppLine(logTag, __FILE__, logLevelError, __LINE__, "%s ended within a message of %zu bytes", m_name.c_str(),
                    pending.size());
     }
-    end();
     m_endedHandler(*this);
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_ended = true;
+    m_draining = true;
+    m_readerEnded = true;
+    m_changed.notify_all();
 }
 
 bool LineConnection::takeLines(std::string& pending) {
     std::size_t begin = 0;
     for (std::size_t end = pending.find('\n'); end != std::string::npos; end = pending.find('\n', begin)) {
-        const std::string line = pending.substr(begin, end - begin);
+        take(pending.substr(begin, end - begin));
         begin = end + 1;
-        try {
-            if (!line.empty()) {
-                m_lineCame(*this, line);
-            }
-        } catch (const std::exception& exception) {
-            logAppLine(logTag, __FILE__, logLevelError, __LINE__, "%s: a message ended by an exception: %s",
-                       m_name.c_str(), exception.what());
-        }
     }
     pending.erase(0, begin);
-    if (pending.size() > longestLine) {
-        logAppLine(logTag, __FILE__, logLevelError, __LINE__, "%s sent a message beyond %zu bytes and is dropped",
-                   m_name.c_str(), longestLine);
-        pending.clear();
-        return false;
+    if (pending.size() <= m_limits.longestLine) {
+        return true;
     }
-    return true;
+    logAppLine(logTag, __FILE__, logLevelError, __LINE__, "%s sent a message beyond %zu bytes and is dropped",
+               m_name.c_str(), m_limits.longestLine);
+    send("{\"error\":\"a message may have " + std::to_string(m_limits.longestLine) + " bytes\"}");
+    pending.clear();
+    return false;
+}
+
+void LineConnection::take(const std::string& line) {
+    if (line.empty()) {
+        return;
+    }
+    try {
+        m_lineCame(*this, line);
+    } catch (const std::exception& exception) {
+        logAppLine(logTag, __FILE__, logLevelError, __LINE__, "%s: a message ended by an exception: %s", m_name.c_str(),
+                   exception.what());
+    }
 }
 
 void LineConnection::write() {
-    pthread_setname_np(pthread_self(), m_name.substr(0, 15).c_str());
+    nameThread(m_name);
+    writeLines();
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    shut();
+    m_writerEnded = true;
+}
+
+void LineConnection::writeLines() {
     std::unique_lock<std::mutex> lock(m_mutex);
     for (;;) {
-        m_changed.wait(lock, [this] { return m_closing || !m_waiting.empty(); });
-        if (m_closing) {
+        m_changed.wait(lock, [this] { return m_shut || m_draining || !m_waiting.empty(); });
+        if (m_shut || m_waiting.empty()) {
             return;
         }
         const std::string line = std::move(m_waiting.front());
         m_waiting.pop_front();
         lock.unlock();
-        const bool sent = sendAll(m_socket, line);
+        const Sending sending = sendAll(m_socket, line);
         lock.lock();
         m_waitingBytes -= line.size();
-        if (!sent) {
-            m_closing = true;
-            ::shutdown(m_socket, SHUT_RDWR);
+        if (sending == Sending::TIMEOUT) {
+            logAppLine(logTag, __FILE__, logLevelError, __LINE__, "%s takes nothing and is dropped", m_name.c_str());
+        }
+        if (sending != Sending::DONE) {
+            return;
         }
     }
 }

@@ -62,7 +62,7 @@ private:
 } // namespace
 
 struct RemoteFramework::Subscriber {
-    Subscriber(LineConnection& subscriberConnection, Proxy* newProxy) : request(subscriberConnection), proxy(newProxy) {
+    Subscriber(LineConnection& connection, Proxy* newProxy) : request(connection), proxy(newProxy) {
         proxy->initProxy(request);
     }
 
@@ -81,10 +81,7 @@ RemoteFramework::~RemoteFramework() = default;
 
 void RemoteFramework::call(LineConnection& connection, long long sequence, const std::string& message) {
     auto response = std::make_unique<ConnectionResponse>(connection, sequence);
-    if (!m_invoker) {
-        return;
-    }
-    {
+    if (m_proxyFactory != nullptr) {
         const std::lock_guard<std::mutex> lock(m_mutex);
         auto& subscriber = m_subscribers[connection.name()];
         if (!subscriber) {

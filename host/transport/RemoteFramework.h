@@ -20,9 +20,13 @@ class RemoteFramework : public FrameworkContext {
 public:
     using ProxyFactory = Proxy* (*)();
 
-    /// Owns the invoker, which may be null: every call is then refused. `service` is not owned.
+    /// Owns the invoker. Invoker and factory may be null: nothing can be called then, or nobody can subscribe.
+    /// `service` is not owned.
     RemoteFramework(Executable* service, Invoker* invoker, ProxyFactory proxyFactory);
     ~RemoteFramework() override;
+
+    /// False without an invoker: call() is then not to be used.
+    bool isCallable() const { return m_invoker != nullptr; }
 
     /// One message in the adapter's text; runs on this thread to the end. The reply and the end of the call go to the
     /// connection under the number `sequence`.

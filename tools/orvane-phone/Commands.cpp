@@ -138,15 +138,18 @@ void Commands::handle(LineConnection& connection, const std::string& line) {
         return;
     }
     const auto sequence = request["seq"].get<long long>();
-    if (request.contains("method")) {
-        m_parts.remote->call(connection, sequence, textOf(request["method"]));
-        return;
-    }
-    if (request.contains("raw") && request["raw"].is_string()) {
-        m_parts.remote->call(connection, sequence, request["raw"].get<std::string>());
-        return;
-    }
+    const bool isRaw = request.contains("raw") && request["raw"].is_string();
     Json answer = {{"seq", sequence}};
+    if (request.contains("method") || isRaw) {
+        if (m_parts.remote->isCallable()) {
+            m_parts.remote->call(connection, sequence,
+                                 isRaw ? request["raw"].get<std::string>() : textOf(request["method"]));
+        } else {
+            answer["error"] = "the service's library has no createOrvaneServiceInvoker: nothing can be called";
+            connection.send(textOf(answer));
+        }
+        return;
+    }
     std::string error;
     try {
         const std::string reply = run(request.at("command").get<std::string>(), line, error);

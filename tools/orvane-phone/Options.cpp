@@ -10,9 +10,14 @@
 #include <unistd.h>
 
 #include <climits>
+#include <cmath>
+#include <fstream>
 #include <iostream>
 
 namespace {
+
+constexpr double slowestTimeScale = 0.001;
+constexpr double fastestTimeScale = 1'000'000;
 
 const std::vector<std::string> siblingNames = {"LocalMgmtIfc",   "CertificateMgmtSvcIfc", "JournalServiceIfc",
                                                "TeamServiceIfc", "SecurityLogServiceIfc", "CommunicationsServiceIfc"};
@@ -48,6 +53,9 @@ std::string findFault(const std::vector<std::string>& items, Options& options) {
             return fault;
         }
     }
+    if (std::isnan(options.timeScale)) {
+        return "--time-scale wants a number";
+    }
     std::string error;
     if (!options.server.empty() && !ServerAddress::parse(options.server, "https", error)) {
         return "--server " + options.server + ": " + error;
@@ -56,6 +64,10 @@ std::string findFault(const std::vector<std::string>& items, Options& options) {
         if (!file.empty() && ::access(file.c_str(), R_OK) != 0) {
             return "cannot read " + file;
         }
+    }
+    // Opened as the log will be, but without making folders on the way.
+    if (!options.logFile.empty() && !std::ofstream(options.logFile, std::ios::app)) {
+        return "cannot write the log file " + options.logFile;
     }
     if (!TlsContext::make(options.authorities, options.certificate, options.key, error)) {
         return error;
@@ -91,7 +103,7 @@ bool readOptions(int argumentCount, char** arguments, Options& options, int& exi
     app.add_flag("--json", options.json, "report as JSON, one object a line");
     app.add_flag("--once", options.once, "end when the first login has ended");
     app.add_option("--time-scale", options.timeScale, "run timers, pings and sleeps that much faster")
-        ->check(CLI::PositiveNumber);
+        ->check(CLI::Range(slowestTimeScale, fastestTimeScale));
     app.add_option("--log-level", options.logLevel, "2 (errors) to 6 (everything)")
         ->check(CLI::Range(2, 6))
         ->capture_default_str();

@@ -5,26 +5,26 @@
 namespace {
 
 template <class Function>
-bool find(void* handle, const char* name, Function*& function, std::string& error) {
+void find(void* handle, const char* name, Function*& function) {
     function = reinterpret_cast<Function*>(::dlsym(handle, name));
-    if (function == nullptr) {
-        error = std::string("the library has no function ") + name;
-    }
-    return function != nullptr;
 }
 
 } // namespace
 
 std::unique_ptr<ServiceLibrary> ServiceLibrary::load(const std::string& path, std::string& error) {
-    void* handle = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    // A bare file name would be looked for where the system has its libraries.
+    const std::string file = path.find('/') == std::string::npos ? "./" + path : path;
+    void* handle = ::dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle == nullptr) {
         error = ::dlerror();
         return nullptr;
     }
     std::unique_ptr<ServiceLibrary> library(new ServiceLibrary(handle));
-    if (!find(handle, "createOrvaneService", library->createService, error) ||
-        !find(handle, "createOrvaneServiceObserverProxy", library->createObserverProxy, error) ||
-        !find(handle, "createOrvaneServiceInvoker", library->createInvoker, error)) {
+    find(handle, "createOrvaneService", library->createService);
+    find(handle, "createOrvaneServiceObserverProxy", library->createObserverProxy);
+    find(handle, "createOrvaneServiceInvoker", library->createInvoker);
+    if (library->createService == nullptr) {
+        error = path + " has no function createOrvaneService";
         return nullptr;
     }
     return library;

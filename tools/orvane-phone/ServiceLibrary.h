@@ -18,6 +18,7 @@ public:
     ServiceLibrary& operator=(const ServiceLibrary&) = delete;
 
     Service* (*createService)() = nullptr;
+    // Null when the library has none: then nobody can subscribe, or call, from outside.
     Proxy* (*createObserverProxy)() = nullptr;
     Invoker* (*createInvoker)() = nullptr;
 

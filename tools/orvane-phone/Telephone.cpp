@@ -69,19 +69,7 @@ bool Telephone::begin(std::string& error, int& exitStatus) {
         return false;
     }
     addServices();
-    m_parts->service.reset(m_parts->library->createService());
-    m_parts->calls = dynamic_cast<OrvaneServiceIfc*>(m_parts->service.get());
-    m_parts->remote = std::make_unique<RemoteFramework>(m_parts->service.get(), m_parts->library->createInvoker(),
-                                                        m_parts->library->createObserverProxy);
-    m_parts->commands =
-        std::make_unique<Commands>(Commands::Parts{m_parts->calls, m_parts->store.get(), &m_parts->communications,
-                                                   &m_parts->team, &m_parts->siblings, m_parts->remote.get()});
-    Commands& commands = *m_parts->commands;
-    exitStatus = 1;
-    if (!m_parts->control.listen(
-            m_options.control,
-            [&commands](LineConnection& connection, const std::string& line) { commands.handle(connection, line); },
-            [&commands](LineConnection& connection) { commands.clientEnded(connection); }, error)) {
+    if (!makeService(error) || !listen(error, exitStatus)) {
         return false;
     }
     // The service's own threads come after init, the login first of all.
@@ -94,6 +82,33 @@ bool Telephone::begin(std::string& error, int& exitStatus) {
     m_parts->service->init(m_parts->context);
     m_parts->commands->open();
     return true;
+}
+
+bool Telephone::makeService(std::string& error) {
+    const ServiceLibrary& library = *m_parts->library;
+    m_parts->service.reset(library.createService());
+    m_parts->calls = dynamic_cast<OrvaneServiceIfc*>(m_parts->service.get());
+    if (m_parts->calls == nullptr) {
+        error = "the service of " + m_options.service + " is no OrvaneServiceIfc";
+        return false;
+    }
+    m_parts->remote = std::make_unique<RemoteFramework>(
+        m_parts->service.get(), library.createInvoker == nullptr ? nullptr : library.createInvoker(),
+        library.createObserverProxy);
+    m_parts->commands =
+        std::make_unique<Commands>(Commands::Parts{m_parts->calls, m_parts->store.get(), &m_parts->communications,
+                                                   &m_parts->team, &m_parts->siblings, m_parts->remote.get()});
+    return true;
+}
+
+bool Telephone::listen(std::string& error, int& exitStatus) {
+    Commands& commands = *m_parts->commands;
+    const ControlServer::Listening outcome = m_parts->control.listen(
+        m_options.control,
+        [&commands](LineConnection& connection, const std::string& line) { commands.handle(connection, line); },
+        [&commands](LineConnection& connection) { commands.clientEnded(connection); }, error);
+    exitStatus = outcome == ControlServer::Listening::OCCUPIED ? 1 : 2;
+    return outcome == ControlServer::Listening::BEGUN;
 }
 
 bool Telephone::makeStore(std::string& error) {

@@ -31,6 +31,8 @@ private:
     struct Parts;
 
     bool makeStore(std::string& error);
+    bool makeService(std::string& error);
+    bool listen(std::string& error, int& exitStatus);
     void presetItems();
     void addServices();
 
