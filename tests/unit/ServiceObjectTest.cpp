@@ -1,0 +1,172 @@
+#include "TestTelephone.h"
+#include "data/ManageableData.h"
+
+namespace {
+
+class ServiceObject : public TestTelephone {};
+
+struct StateText {
+    int value;
+    const char* text;
+};
+
+class StateName : public TestTelephone, public testing::WithParamInterface<StateText> {};
+
+TEST_P(StateName, IsTheEnumerators) {
+    platform.log.clear();
+
+    EXPECT_EQ(GetParam().text, OrvaneService::getStateAsText(static_cast<ServiceState>(GetParam().value)));
+
+    EXPECT_TRUE(platform.log.lines().empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(All, StateName,
+                         testing::Values(StateText{0, "INITIALIZED"}, StateText{1, "CONFIGURED_ON_INIT"},
+                                         StateText{2, "DECONFIGURED_ON_INIT"}, StateText{3, "CONFIGURED"},
+                                         StateText{4, "CONFIGURED_MOBILITY_WAITING"},
+                                         StateText{5, "CONFIGURED_MOBILITY_READY"},
+                                         StateText{6, "CONFIGURED_ON_NETWORK_UP"}, StateText{7, "START"},
+                                         StateText{8, "CONNECTED"}, StateText{9, "DECONFIGURING"},
+                                         StateText{10, "DECONFIGURED"}, StateText{11, "STOP"},
+                                         StateText{12, "STOP_ON_MOBILITY"}, StateText{13, "STOP_ON_NETWORK_DOWN"}),
+                         [](const testing::TestParamInfo<StateText>& info) { return std::string(info.param.text); });
+
+TEST_F(ServiceObject, NamesNoOtherState) {
+    EXPECT_EQ("UNKNOWN", OrvaneService::getStateAsText(static_cast<ServiceState>(14)));
+    EXPECT_EQ("UNKNOWN", OrvaneService::getStateAsText(static_cast<ServiceState>(-1)));
+
+    EXPECT_TRUE(logged(2, "getStateAsText() unknown state[14]"));
+    EXPECT_TRUE(logged(2, "getStateAsText() unknown state[-1]"));
+}
+
+TEST_F(ServiceObject, IsNewAndDoesNotRun) {
+    EXPECT_FALSE(service->isRunning());
+    EXPECT_EQ("60", service->OrvaneApiSyncIntervalGetter());
+    EXPECT_EQ("", service->OrvaneApiServerAddressGetter());
+    EXPECT_EQ("false", service->OrvaneApiSyncCallLogGetter());
+    EXPECT_EQ("false", service->OrvaneApiSyncPhonebookGetter());
+    EXPECT_EQ("false", service->OrvaneApiSyncDndGetter());
+    EXPECT_EQ(0u, service->getNoOfObservers());
+    EXPECT_TRUE(service->isFpkPresenceMapEmpty());
+    EXPECT_EQ(0u, service->getBcaLineListSize());
+    EXPECT_EQ(OrvaneService::WS_STATE_CLOSED, service->getWebSocketState());
+    EXPECT_FALSE(service->getRecoverWebSocketConnection());
+    EXPECT_FALSE(service->getRecoverWebSocketConnectionWaitForLanInterfaceUp());
+    EXPECT_EQ("", service->getSubscriptionId());
+    service->asyncLogin();
+    EXPECT_TRUE(
+        logged(5, "asyncLogin() ignored. m_ov_server_type[false] m_interface_status[false] m_state[INITIALIZED]"));
+}
+
+TEST_F(ServiceObject, RunsWhileItLogsInAndWhenItIsConnected) {
+    initialise();
+    EXPECT_FALSE(service->isRunning());
+    expectToken().whileAwaited([this] { EXPECT_TRUE(service->isRunning()); });
+    expectExtension();
+    expectGrants();
+
+    runThreads();
+
+    EXPECT_TRUE(service->isRunning());
+    service->stop();
+    EXPECT_FALSE(service->isRunning());
+    service->deconfigure();
+    EXPECT_FALSE(service->isRunning());
+}
+
+TEST_F(ServiceObject, WritesItsNameAndSourceIntoEveryLine) {
+    connectWithEmptyCloud();
+
+    ASSERT_FALSE(platform.log.lines().empty());
+    for (const RecordedLog::Line& line : platform.log.lines()) {
+        EXPECT_EQ("Orvane Service", line.tag);
+        EXPECT_EQ("./src/OrvaneService", line.source);
+        EXPECT_GE(line.level, 2);
+        EXPECT_LE(line.level, 6);
+    }
+}
+
+TEST_F(ServiceObject, WritesNoLineThatIsNotWanted) {
+    platform.log.level = 2;
+
+    connectWithEmptyCloud();
+
+    EXPECT_TRUE(platform.log.lines().empty());
+}
+
+TEST_F(ServiceObject, ForwardsDataToItsManager) {
+    ManageableData data;
+
+    EXPECT_TRUE(service->getData(data));
+    EXPECT_TRUE(service->getData(data));
+    EXPECT_TRUE(service->setData(data));
+
+    EXPECT_EQ(2, platform.dataManager.getDataCalls);
+    EXPECT_EQ(1, platform.dataManager.setDataCalls);
+}
+
+TEST_F(ServiceObject, HasSlotsThatDoNothing) {
+    platform.log.clear();
+
+    service->run();
+    service->shutdown();
+    service->handleMsg("message");
+    service->allowInvalidData(true);
+    service->setValidation(true);
+    service->addItemForValidationAsPartOfGroup("item", "group");
+    service->clearValidation();
+    EXPECT_FALSE(service->isGroupNeedingValidation("orvane_config_group"));
+    EXPECT_FALSE(service->continueOnLoginError());
+    service->callStateChange();
+    service->incomingCallMissed();
+    service->messageWaiting();
+    service->doNotDisturbSet();
+    service->setBLFStatus();
+    service->callAnswered();
+
+    EXPECT_TRUE(platform.log.lines().empty());
+    EXPECT_TRUE(platform.context.calls.empty());
+    EXPECT_TRUE(platform.store.writes.empty());
+}
+
+TEST_F(ServiceObject, AsksForNoThreadOfItsOwn) {
+    EXPECT_EQ(0, service->type());
+}
+
+TEST_F(ServiceObject, EndsInOrder) {
+    connectWithEmptyCloud();
+    platform.dataManager.calls.clear();
+    platform.log.clear();
+
+    service.reset();
+
+    EXPECT_TRUE(logged(4, "stop()"));
+    EXPECT_EQ(1, platform.webSocket.terminations);
+    EXPECT_EQ((std::vector<std::string>{"unregisterAgent", "releaseItems", "destroyed"}), platform.dataManager.calls);
+    EXPECT_EQ(0, platform.network.connectionsAlive);
+    EXPECT_TRUE(platform.context.runningDurations().empty());
+}
+
+TEST_F(ServiceObject, WaitsAtItsEndForARecoveryThatHasNotBegun) {
+    withDnd();
+    connectWithEmptyCloud();
+    service->asyncRecoverWebSocketConnection();
+    ASSERT_EQ(1u, platform.threads.pendingCount());
+    const unsigned long recovery = platform.threads.spawned.back().id;
+    platform.threads.waitedFor.clear();
+    // The recovery finds a stopped service and tries to begin anew.
+    expectToken().answers(500, "");
+
+    service.reset();
+
+    EXPECT_EQ(std::vector<unsigned long>{recovery}, platform.threads.waitedFor);
+    EXPECT_EQ(0u, platform.threads.pendingCount());
+}
+
+TEST_F(ServiceObject, EndsEvenWhenItWasNeverInitialised) {
+    service.reset();
+
+    EXPECT_EQ((std::vector<std::string>{"unregisterAgent", "releaseItems", "destroyed"}), platform.dataManager.calls);
+}
+
+} // namespace
