@@ -1,0 +1,24 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+namespace cloudsim {
+
+/// Members keep the order in which they were set.
+using Json = nlohmann::ordered_json;
+
+/// A copy in which every object has its scalars before its arrays and objects. Readers that take the first match of a
+/// key at any depth find an object's own members this way.
+Json scalarsFirst(const Json& value);
+/// The opposite: arrays and objects before scalars.
+Json nestedFirst(const Json& value);
+
+/// Compact text; bytes that are no UTF-8 become U+FFFD.
+std::string toText(const Json& value);
+
+/// The member as a text, or `otherwise` when it is missing or something else.
+std::string textMember(const Json& object, const char* key, const std::string& otherwise = {});
+
+} // namespace cloudsim

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace cloudsim {
+
+using Query = std::vector<std::pair<std::string, std::string>>;
+
+struct Target {
+    std::string path; ///< as it stands, with escapes
+    std::string queryText;
+    Query query; ///< without escapes, in order, repeats included
+};
+
+Target splitTarget(std::string_view target);
+
+/// The last occurrence counts; null when there is none.
+const std::string* lastValue(const Query& query, std::string_view key);
+
+/// The non-empty pieces between slashes, without escapes.
+std::vector<std::string> pathSegments(std::string_view path);
+
+std::string withoutEscapes(std::string_view text);
+
+std::vector<std::string> split(std::string_view text, char separator);
+
+} // namespace cloudsim
