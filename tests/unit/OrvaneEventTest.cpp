@@ -109,6 +109,11 @@ TEST(OrvaneEventTest, ABackslashEndsTheAccountIdAsASlashDoes) {
     EXPECT_EQ(event.accountId(), "77");
 }
 
+TEST(OrvaneEventTest, AnEmptySegmentBeforeTheWordExtensionIsAnEmptyAccountId) {
+    const OrvaneEvent event("/account/~//extension/1/x", "");
+    EXPECT_EQ(event.accountId(), "");
+}
+
 TEST(OrvaneEventTest, TheQueryIsNotSearchedForTheExtension) {
     const OrvaneEvent event("/one/two?path=/extension/3/x", "");
     EXPECT_EQ(event.extensionId(), "one");

@@ -16,7 +16,12 @@ bool OrvaneService::sendHeartbeatMsg() {
         return false;
     }
     const OrvaneJson::Value frame(json_pack("[{s:s,s:s}]", OV_TYPE, "Heartbeat", OV_MESSAGE_ID, messageId.c_str()));
-    const bool sent = sendMessageOnWebsocket(OrvaneJson::dump(frame.get()));
+    const std::string text = OrvaneJson::dump(frame.get());
+    if (text.empty()) {
+        findUuidMessageAndDeleteIt(messageId);
+        return false;
+    }
+    const bool sent = sendMessageOnWebsocket(text);
     if (sent) {
         ORVANE_LOG(DEBUG, "sendHeartbeatMsg() - start m_webSocketHeartbeatTimer");
         m_pSvcRTEContext->startTimer(m_webSocketHeartbeatTimer);

@@ -1,4 +1,5 @@
 #include "ChannelTelephone.h"
+#include "JsonAllocations.h"
 
 namespace {
 
@@ -245,6 +246,65 @@ TEST_F(EventSubscriptionTest, AMessageThatCannotBeBuiltIsForgotten) {
     EXPECT_TRUE(frames().empty());
     // The ids were found and removed: three errors and no more.
     EXPECT_FALSE(log().contains("not found!"));
+    platform.locks.checkNothingHeld();
+}
+
+TEST_F(EventSubscriptionTest, WithoutMemoryAFilterIsLeftOutAndNotKeptOrTheRequestIsForgotten) {
+    subscribeAll({true, true, {"90"}, {"77"}});
+    std::size_t allocations = 0;
+    {
+        const JsonAllocations all(0);
+        ASSERT_TRUE(service->updateSubscriptionOvEvents());
+        allocations = JsonAllocations::count();
+    }
+    int requestsSent = 0;
+    int requestsForgotten = 0;
+    int colleaguesLeftOut = 0;
+    for (std::size_t failing = 1; failing <= allocations; ++failing) {
+        // Nothing counts as subscribed any more.
+        service->onClose(1000, 1000, "");
+        clearRecords();
+        bool sent = false;
+        {
+            const JsonAllocations scarce(failing);
+            sent = service->updateSubscriptionOvEvents();
+        }
+        platform.locks.checkNothingHeld();
+        ASSERT_EQ(sent ? 1u : 0u, frames().size()) << failing;
+        EXPECT_FALSE(log().contains("not found!")) << failing;
+        if (!sent) {
+            ++requestsForgotten;
+            EXPECT_TRUE(logged(2, "updateSubscriptionOvEvents() - create Client Request message failed!")) << failing;
+            continue;
+        }
+        ++requestsSent;
+        const auto isRequested = [this](const std::string& filter) {
+            return lastFrame().find("\"" + filter + "\"") != std::string::npos;
+        };
+        const std::string concrete = "/restapi/v1.0/account/1/extension/4711/";
+        EXPECT_EQ(isRequested(presence), isSubscribed(concrete + "presence?detailedTelephonyState=true")) << failing;
+        EXPECT_EQ(isRequested(sharedLine("90")), isSubscribed(sharedLine("90"))) << failing;
+        EXPECT_EQ(isRequested(dnd), isSubscribed(concrete + "presence/dnd")) << failing;
+        EXPECT_EQ(isRequested(colleagues), isSubscribed(concrete + "presence/line/presence/dnd")) << failing;
+        EXPECT_EQ(!isRequested(colleagues),
+                  logged(2, "updateSubscriptionOvEvents() - event(" + colleagues + ") was not added!"))
+            << failing;
+        colleaguesLeftOut += isRequested(colleagues) ? 0 : 1;
+    }
+    EXPECT_GT(requestsSent, 0);
+    EXPECT_GT(requestsForgotten, 0);
+    EXPECT_GT(colleaguesLeftOut, 0);
+}
+
+TEST_F(EventSubscriptionTest, WithoutMemoryASubscriptionIsForgottenToo) {
+    prepare(Setup());
+    // The first allocation is the array of filters.
+    const JsonAllocations scarce(1);
+    EXPECT_FALSE(service->subscribeOvEvents());
+    EXPECT_TRUE(logged(2, "subscribeOvEvents() - create Client Request message failed!"));
+    EXPECT_FALSE(log().contains("ovEvent["));
+    EXPECT_FALSE(log().contains("not found!"));
+    EXPECT_TRUE(frames().empty());
     platform.locks.checkNothingHeld();
 }
 

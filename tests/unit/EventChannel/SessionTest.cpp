@@ -1,4 +1,5 @@
 #include "ChannelTelephone.h"
+#include "JsonAllocations.h"
 
 namespace {
 
@@ -350,6 +351,18 @@ TEST_F(SessionTest, AHeartbeatInStateThreeWaitsInTheBuffer) {
     const std::vector<std::string> waiting = buffered();
     ASSERT_EQ(1u, waiting.size());
     EXPECT_TRUE(TestJson::frameEqual(waiting[0], R"([{"type":"Heartbeat","messageId":"ID"}])"));
+}
+
+TEST_F(SessionTest, WithoutMemoryNoHeartbeatIsSentAndItsIdIsForgotten) {
+    openSession();
+    clearRecords();
+    for (std::size_t failing = 1; failing <= 3; ++failing) {
+        const JsonAllocations scarce(failing);
+        EXPECT_FALSE(service->sendHeartbeatMsg()) << failing;
+    }
+    EXPECT_TRUE(frames().empty());
+    EXPECT_TRUE(timers().calls.empty());
+    EXPECT_FALSE(log().contains("not found!"));
 }
 
 TEST_F(SessionTest, TrafficPutsTheHeartbeatOff) {
