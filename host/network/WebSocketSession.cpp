@@ -72,7 +72,7 @@ private:
         NEW,
         CONNECTING, ///< from the name look-up to the end of the opening handshake
         OPEN,
-        CLOSING, ///< nothing is reported any more
+        CLOSING, ///< one side has sent its close frame, or is about to
         ENDED
     };
 
