@@ -36,6 +36,7 @@ public:
     void advanceWithoutExpiries(long long milliseconds) { m_now += milliseconds; }
 
     bool exists(int id) const { return m_timers.count(id) != 0; }
+    std::size_t timerCount() const { return m_timers.size(); }
     const Timer& timer(int id) const { return m_timers.at(id); }
     /// Ids of the running timers with that duration, oldest first.
     std::vector<int> running(int milliseconds) const;

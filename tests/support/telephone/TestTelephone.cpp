@@ -35,6 +35,17 @@ void TestTelephone::TearDown() {
 void TestTelephone::checkQuiet() {
     platform.network.verify();
     platform.locks.checkNothingHeld();
+    EXPECT_LE(platform.network.connectionsAlive, 1) << "a connection is lost";
+    EXPECT_TRUE(platform.threads.waitedForItself.empty()) << "a thread has waited for itself";
+    checkTimers();
+}
+
+void TestTelephone::checkTimers() {
+    // Four permanent timers and at most one each for the six other purposes.
+    EXPECT_LE(platform.context.timerCount(), 10u) << "a timer is lost";
+    if (service && service->isRunning()) {
+        EXPECT_FALSE(platform.context.runningDurations().empty()) << "nothing renews the token";
+    }
 }
 
 void TestTelephone::withWatchedColleague(const std::string& keyIndex, const std::string& colleagueExtensionId,

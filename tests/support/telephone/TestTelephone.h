@@ -94,10 +94,15 @@ protected:
     bool logged(int level, const std::string& text) const { return platform.log.has(level, text); }
     /// The last batch of that operation and type; fails the test when there is none.
     std::vector<std::string> lastBatch(const std::string& operation, OrvaneServiceTypes::DataType type) const;
-    /// Nobody holds a semaphore, every expected request came.
+    /// What holds between any two events: nobody holds a semaphore, every expected request came, no timer is lost, a
+    /// service that is logged in has the timer that renews its token, there is one connection at most, and no thread
+    /// has waited for itself.
     void checkQuiet();
 
     TestPlatform platform;
     RecordingObserver observer;
     std::unique_ptr<OrvaneService> service;
+
+private:
+    void checkTimers();
 };
