@@ -176,19 +176,20 @@ TEST_F(StateTable, TheInterfaceGoesDownAndComesUp) {
     EXPECT_TRUE(loginWasAdmitted());
 }
 
-TEST_F(StateTable, TheInterfaceGoesDownDuringALogin) {
+TEST_F(StateTable, TheInterfaceGoesDownDuringALoginOfTheTokenTimer) {
     initialise();
-    // The login goes on; without an interface it gets nothing more.
-    bool stoppedInside = false;
+    expectToken().answers(500);
+    runThreads();
+    ServiceState during = INITIALIZED;
     expectToken().asksToWait(1);
     platform.threads.duringSleep = [&] {
         interfaceChanges("down");
-        stoppedInside = state() == STOP_ON_NETWORK_DOWN;
+        during = state();
     };
 
-    runThreads();
+    passSeconds(300);
 
-    EXPECT_TRUE(stoppedInside);
+    EXPECT_EQ(STOP_ON_NETWORK_DOWN, during);
     EXPECT_EQ(STOP, state()) << "the failed token of the login that was on its way";
 }
 
