@@ -32,20 +32,33 @@ bool ControlClient::connect(const std::string& path, std::string& error) {
     return true;
 }
 
-bool ControlClient::send(const std::string& line) {
+bool ControlClient::wait(short events, TimePoint until) const {
+    for (;;) {
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(until - std::chrono::steady_clock::now()).count();
+        pollfd ready{m_socket, events, 0};
+        const int count = ::poll(&ready, 1, static_cast<int>(std::clamp<long long>(left + 1, 0, 86'400'000)));
+        if (count >= 0 || errno != EINTR) {
+            return count > 0;
+        }
+    }
+}
+
+bool ControlClient::send(const std::string& line, TimePoint until) {
     const std::string text = line + "\n";
     std::size_t sent = 0;
     while (sent < text.size()) {
-        const ssize_t count = ::send(m_socket, text.data() + sent, text.size() - sent, MSG_NOSIGNAL);
-        if (count <= 0) {
+        const ssize_t count = ::send(m_socket, text.data() + sent, text.size() - sent, MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (count > 0) {
+            sent += static_cast<std::size_t>(count);
+        } else if ((errno != EAGAIN && errno != EINTR) || !wait(POLLOUT, until)) {
             return false;
         }
-        sent += static_cast<std::size_t>(count);
     }
     return true;
 }
 
-ControlClient::Reading ControlClient::read(std::string& line, std::optional<TimePoint> until) {
+ControlClient::Reading ControlClient::read(std::string& line, TimePoint until) {
     for (;;) {
         const std::size_t end = m_pending.find('\n');
         if (end != std::string::npos) {
@@ -53,19 +66,8 @@ ControlClient::Reading ControlClient::read(std::string& line, std::optional<Time
             m_pending.erase(0, end + 1);
             return Reading::LINE;
         }
-        int waitMilliseconds = -1;
-        if (until) {
-            const auto left =
-                std::chrono::duration_cast<std::chrono::milliseconds>(*until - std::chrono::steady_clock::now());
-            waitMilliseconds = static_cast<int>(std::clamp<long long>(left.count(), 0, 86'400'000));
-        }
-        pollfd readable{m_socket, POLLIN, 0};
-        const int ready = ::poll(&readable, 1, waitMilliseconds);
-        if (ready == 0) {
+        if (!wait(POLLIN, until)) {
             return Reading::TIMEOUT;
-        }
-        if (ready < 0) {
-            continue;
         }
         std::array<char, 65536> part{};
         const ssize_t count = ::recv(m_socket, part.data(), part.size(), 0);

@@ -8,15 +8,21 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <iostream>
+#include <map>
 #include <sstream>
+#include <string>
+#include <vector>
 
 namespace {
 
 constexpr auto lookEvery = std::chrono::milliseconds(100);
+constexpr double farewellSeconds = 1;
 
 std::atomic<bool> endAsked{false};
 
@@ -53,23 +59,58 @@ std::string voicemailLine(const std::string& data) {
     return EventLines::orvaneVoicemail(lines);
 }
 
-/// Reads up to the end of the call with that number, printing the events on the way.
-ControlClient::Reading awaitEnd(ControlClient& client, int sequence, ControlClient::TimePoint until) {
+enum class Outcome { ENDED, REFUSED, TIMEOUT, SIGNALLED, GONE };
+
+/// Reads up to the end of the call with that number, in short steps that a signal ends; events on the way are added to
+/// `events`.
+Outcome awaitEnd(ControlClient& client, int sequence, ControlClient::TimePoint until, bool heedSignals,
+                 std::vector<std::string>& events) {
     for (;;) {
         std::string line;
-        const ControlClient::Reading reading = client.read(line, until);
-        if (reading != ControlClient::Reading::LINE) {
-            return reading;
+        switch (client.read(line, std::min(until, std::chrono::steady_clock::now() + lookEvery))) {
+        case ControlClient::Reading::ENDED:
+            return Outcome::GONE;
+        case ControlClient::Reading::TIMEOUT:
+            if (heedSignals && endAsked) {
+                return Outcome::SIGNALLED;
+            }
+            if (std::chrono::steady_clock::now() >= until) {
+                return Outcome::TIMEOUT;
+            }
+            continue;
+        case ControlClient::Reading::LINE:
+            break;
         }
         const nlohmann::json answer = nlohmann::json::parse(line, nullptr, false);
-        if (answer.is_object() && answer.value("seq", 0) == sequence && answer.value("end", false)) {
-            return reading;
+        if (answer.is_object() && answer.contains("seq") && answer["seq"] == sequence) {
+            if (answer.contains("end")) {
+                return Outcome::ENDED;
+            }
+            if (answer.contains("error")) {
+                std::cerr << "orvane-ctl: " << answer["error"].get<std::string>() << std::endl;
+                return Outcome::REFUSED;
+            }
         }
-        const std::string event = eventLine(line);
-        if (!event.empty()) {
-            print(event);
-        }
+        events.push_back(eventLine(line));
     }
+}
+
+void printEvent(const std::string& event) {
+    if (!event.empty()) {
+        print(event);
+    }
+}
+
+/// The exit status when the subscription did not come about.
+int giveUp(Outcome outcome) {
+    if (outcome == Outcome::SIGNALLED) {
+        return 0;
+    }
+    if (outcome != Outcome::REFUSED) {
+        std::cerr << "orvane-ctl: " << (outcome == Outcome::GONE ? "the telephone has ended" : "no answer in time")
+                  << std::endl;
+    }
+    return 1;
 }
 
 } // namespace
@@ -105,37 +146,40 @@ std::string eventLine(const std::string& message) {
     return name == "orvaneVoicemail" ? voicemailLine(data) : std::string();
 }
 
-int observe(ControlClient& client, int timeoutSeconds) {
+int observe(ControlClient& client, double timeoutSeconds) {
     std::signal(SIGINT, askForEnd);
     std::signal(SIGTERM, askForEnd);
     int sequence = 1;
-    const auto soon = [timeoutSeconds] {
-        return std::chrono::steady_clock::now() + std::chrono::seconds(timeoutSeconds);
-    };
-    if (!client.send(request(sequence, "subscribe")) ||
-        awaitEnd(client, sequence, soon()) != ControlClient::Reading::LINE) {
-        std::cerr << "orvane-ctl: the telephone does not answer" << std::endl;
-        return 1;
+    const auto until = ControlClient::deadline(timeoutSeconds);
+    std::vector<std::string> events;
+    client.send(request(sequence, "subscribe"), until);
+    const Outcome outcome = awaitEnd(client, sequence, until, true, events);
+    if (outcome != Outcome::ENDED) {
+        return giveUp(outcome);
     }
     print(EventLines::subscribed());
+    // What came before the subscription was confirmed.
+    std::for_each(events.begin(), events.end(), printEvent);
     // A late observer is given all data.
-    client.send(request(++sequence, "refreshCallLogEntries"));
-    client.send(request(++sequence, "refreshPhonebookEntries"));
+    client.send(request(++sequence, "refreshCallLogEntries"), until);
+    client.send(request(++sequence, "refreshPhonebookEntries"), until);
     for (;;) {
         std::string line;
         const auto reading = client.read(line, std::chrono::steady_clock::now() + lookEvery);
+        if (reading == ControlClient::Reading::LINE) {
+            printEvent(eventLine(line));
+        }
         if (endAsked) {
-            client.send(request(++sequence, "unsubscribe"));
-            awaitEnd(client, sequence, soon());
+            const auto soon = ControlClient::deadline(farewellSeconds);
+            client.send(request(++sequence, "unsubscribe"), soon);
+            events.clear();
+            awaitEnd(client, sequence, soon, false, events);
+            std::for_each(events.begin(), events.end(), printEvent);
             return 0;
         }
         if (reading == ControlClient::Reading::ENDED) {
             std::cerr << "orvane-ctl: the telephone has ended" << std::endl;
             return 1;
-        }
-        const std::string event = reading == ControlClient::Reading::LINE ? eventLine(line) : std::string();
-        if (!event.empty()) {
-            print(event);
         }
     }
 }
