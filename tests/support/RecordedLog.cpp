@@ -13,6 +13,12 @@ int RecordedLog::count(int lineLevel, const std::string& text) const {
     }));
 }
 
+bool RecordedLog::hasBeginning(int lineLevel, const std::string& beginning) const {
+    return std::any_of(m_lines.begin(), m_lines.end(), [&](const Line& line) {
+        return line.level == lineLevel && line.text.compare(0, beginning.length(), beginning) == 0;
+    });
+}
+
 bool RecordedLog::contains(const std::string& part) const {
     return std::any_of(m_lines.begin(), m_lines.end(),
                        [&](const Line& line) { return line.text.find(part) != std::string::npos; });

@@ -23,6 +23,8 @@ public:
     /// How many lines of that level have exactly this text.
     int count(int lineLevel, const std::string& text) const;
     bool has(int lineLevel, const std::string& text) const { return count(lineLevel, text) > 0; }
+    /// Whether a line of that level begins like this; for lines that end in what the test cannot know.
+    bool hasBeginning(int lineLevel, const std::string& beginning) const;
     /// Whether any line, of whatever level, contains this text.
     bool contains(const std::string& part) const;
     /// Everything of a level, for a failure's message.

@@ -72,7 +72,7 @@ TEST_F(CallLogAnswers, ThatDoNotParseLeaveTheToken) {
 
     poll();
 
-    EXPECT_TRUE(platform.log.contains("handleCallLogResponse() error on line 1:12(12) "));
+    EXPECT_TRUE(platform.log.hasBeginning(2, "handleCallLogResponse() error on line 1:12(12) "));
     EXPECT_TRUE(logged(4, summary + "1] fullSync[false] callRecordsVector.size[0] m_syncViewedMissedCallIds[false], "
                                     "m_needToSaveViewedMissedCallIds[false]"));
     EXPECT_EQ(Batch(), incrementalBatch());

@@ -78,7 +78,7 @@ TEST_F(Extension, FailsByAnEmptyBody) {
 TEST_F(Extension, FailsByABodyThatDoesNotParse) {
     answerId("1");
     answer("{\"id\":");
-    EXPECT_TRUE(platform.log.contains("handleExtensionResponse() error on line 1:6(6) "));
+    EXPECT_TRUE(platform.log.hasBeginning(2, "handleExtensionResponse() error on line 1:6(6) "));
 
     answerId("2");
     EXPECT_TRUE(logged(6, "handleExtensionResponse() m_userId_old[1] m_userId[2][2]"));

@@ -68,7 +68,7 @@ TEST_F(RestRequest, KeepsTheConnectionForTheNext) {
     EXPECT_EQ(1u, platform.network.connects.size());
     EXPECT_EQ(1, platform.network.requests[1].connection);
     EXPECT_EQ(1, platform.network.connectionsAlive);
-    EXPECT_TRUE(platform.log.contains("clearSecureConnection() force[false] m_secureConnEstablisher[0x"));
+    EXPECT_TRUE(platform.log.hasBeginning(4, "clearSecureConnection() force[false] m_secureConnEstablisher[0x"));
 }
 
 TEST_F(RestRequest, ReplacesAConnectionThatThePeerHasClosed) {

@@ -198,9 +198,9 @@ TEST_F(TokenFailure, ByAnEmptyBody) {
 }
 
 TEST_F(TokenFailure, ByABodyThatDoesNotParse) {
-    expectTokenAnswer(200, "{\"a\":");
+    expectTokenAnswer(200, "{\n\"a\":");
     expectFailure();
-    EXPECT_TRUE(platform.log.contains("handleTokenResponse() error on line 1:5(5) "));
+    EXPECT_TRUE(platform.log.hasBeginning(2, "handleTokenResponse() error on line 2:4(6) "));
 }
 
 TEST_F(TokenFailure, ByABodyThatIsNoObject) {

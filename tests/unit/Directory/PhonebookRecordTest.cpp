@@ -209,7 +209,7 @@ TEST_F(SingleRecord, NeedsABody) {
 TEST_F(SingleRecord, NeedsToParse) {
     EXPECT_FALSE(handle(200, "{\"id\":"));
 
-    EXPECT_TRUE(platform.log.contains("handlePhonebookRecordResponse() error on line 1:6(6) "));
+    EXPECT_TRUE(platform.log.hasBeginning(2, "handlePhonebookRecordResponse() error on line 1:6(6) "));
 }
 
 TEST_F(SingleRecord, NeedsToBeAnObject) {

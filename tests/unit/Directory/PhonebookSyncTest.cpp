@@ -18,8 +18,8 @@ TEST_F(PhonebookSync, IsFullTheFirstTime) {
     EXPECT_TRUE(logged(6, "handlePhonebookResponse() storing m_phonebookSyncToken[p1]"));
     EXPECT_TRUE(logged(4, "handlePhonebookResponse() records size[2] nextPageId[0]"));
     EXPECT_TRUE(logged(4, "getPhonebook() phonebookRecordsVector[2] publishData[true] phonebookFullSync[true]"));
-    EXPECT_TRUE(platform.log.contains("getPhonebook - realPath[" + path(own("/address-book-sync")) +
-                                      "?syncType=FSync&perPage=50], istatusCode[200], responseData[{"));
+    EXPECT_TRUE(platform.log.hasBeginning(6, "getPhonebook - realPath[" + path(own("/address-book-sync")) +
+                                                 "?syncType=FSync&perPage=50], istatusCode[200], responseData[{"));
 }
 
 TEST_F(PhonebookSync, IsIncrementalFromThenOn) {
@@ -169,7 +169,7 @@ TEST_F(PhonebookFailure, ByABodyThatDoesNotParseKeepsTheToken) {
 
     refresh();
 
-    EXPECT_TRUE(platform.log.contains("handlePhonebookResponse() error on line 1:3(3) "));
+    EXPECT_TRUE(platform.log.hasBeginning(2, "handlePhonebookResponse() error on line 1:3(3) "));
     expectFormerToken();
 }
 

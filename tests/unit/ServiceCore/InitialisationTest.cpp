@@ -202,7 +202,8 @@ TEST_F(Initialisation, WithoutAServerIsDeconfigured) {
 
     initialise();
 
-    EXPECT_TRUE(platform.log.contains("init() m_interface_status[true] m_state[DECONFIGURED_ON_INIT] m_pThreader[0x"));
+    EXPECT_TRUE(
+        platform.log.hasBeginning(6, "init() m_interface_status[true] m_state[DECONFIGURED_ON_INIT] m_pThreader[0x"));
     EXPECT_FALSE(service->isRunning());
 }
 
@@ -212,7 +213,8 @@ TEST_F(Initialisation, WithAServerIsConfiguredAndCountsNothingAsChanged) {
 
     initialiseOnly();
 
-    EXPECT_TRUE(platform.log.contains("init() m_interface_status[true] m_state[CONFIGURED_ON_INIT] m_pThreader[0x"));
+    EXPECT_TRUE(
+        platform.log.hasBeginning(6, "init() m_interface_status[true] m_state[CONFIGURED_ON_INIT] m_pThreader[0x"));
     EXPECT_FALSE(service->hasCallLogConfigChanged());
     EXPECT_FALSE(service->hasPhonebookConfigChanged());
 }
@@ -293,9 +295,9 @@ TEST_P(Gate, IsOpenForTheExactTextsOnly) {
     initialise();
 
     EXPECT_TRUE(platform.threads.spawned.empty());
-    EXPECT_TRUE(platform.log.contains(
-        "asyncLogin() ignored. m_ov_server_type[" + std::string(GetParam().second == "7" ? "true" : "false") +
-        "] m_interface_status[" + std::string(GetParam().first == "up" ? "true" : "false") + "]"));
+    EXPECT_TRUE(platform.log.hasBeginning(
+        5, "asyncLogin() ignored. m_ov_server_type[" + std::string(GetParam().second == "7" ? "true" : "false") +
+               "] m_interface_status[" + std::string(GetParam().first == "up" ? "true" : "false") + "]"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Texts, Gate,
