@@ -74,6 +74,10 @@ Listener::Listener(const Address& address) : m_address(address) {
     m_address.port = boundPort(m_socket.get());
 }
 
+Listener::~Listener() {
+    ::shutdown(m_socket.get(), SHUT_RDWR);
+}
+
 FileDescriptor Listener::accept() {
     FileDescriptor socket(::accept4(m_socket.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
     if (socket) {

@@ -23,6 +23,10 @@ class Listener {
 public:
     /// Port 0 takes a free one. Throws BadInput when the address cannot be had.
     explicit Listener(const Address& address);
+    /// From then on connections are refused, even while somebody still waits for one.
+    ~Listener();
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
 
     /// With the port that was taken.
     const Address& address() const { return m_address; }
