@@ -50,6 +50,7 @@ class LineReader:
         with self._condition:
             self.ended = True
             self._condition.notify_all()
+        stream.close()
 
     def mark(self):
         with self._condition:

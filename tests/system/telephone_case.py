@@ -67,13 +67,11 @@ class TelephoneCase(unittest.TestCase):
         self._phones = 0
 
     def tearDown(self):
-        try:
-            failures = [failure for failure in map(self._end, self.programs) if failure]
-        finally:
-            if self._failed():
-                for program in self.programs:
-                    sys.stderr.write(f"--- {program.error_path.name}\n{program.errors()[-4000:]}\n")
-            shutil.rmtree(self.directory, ignore_errors=True)
+        failures = [failure for failure in map(self._end, self.programs) if failure]
+        if failures or self._failed():
+            for program in self.programs:
+                sys.stderr.write(f"--- {program.error_path.name}\n{program.errors()[-4000:]}\n")
+        shutil.rmtree(self.directory, ignore_errors=True)
         self.assertEqual([], failures)
 
     @staticmethod
@@ -85,9 +83,8 @@ class TelephoneCase(unittest.TestCase):
         return None
 
     def _failed(self):
-        outcome = self._outcome
-        errors = getattr(outcome, "errors", None) or getattr(getattr(outcome, "result", None), "failures", [])
-        return any(entry[1] for entry in errors) if errors else not getattr(outcome, "success", True)
+        result = self._outcome.result
+        return any(test is self for test, _ in result.failures + result.errors)
 
     def start_cloud(self, *extra, calls=None, **data):
         self.cloud = Cloud(self.directory, (self.model, self.mac), extra, calls=calls, **data)
