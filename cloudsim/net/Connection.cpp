@@ -65,18 +65,22 @@ bool Connection::pause(Milliseconds duration) {
     return m_closing == Closing::NONE;
 }
 
-/// Waits for the socket alone; a wake-up stays pending for the next wait(), but a request to close ends it.
+/// Waits for the socket alone. A wake-up stays pending for the next wait(), but a request to close ends it.
 bool Connection::waitFor(short events, Milliseconds timeout) {
     auto deadline = Clock::now() + timeout;
-    constexpr int sliceMilliseconds = 100;
+    bool woken = false;
     while (m_closing == Closing::NONE) {
-        pollfd entry{m_socket.get(), events, 0};
+        pollfd entries[2] = {{m_socket.get(), events, 0}, {woken ? -1 : m_wakeUp.get(), POLLIN, 0}};
         int left = remaining(deadline);
-        int ready = ::poll(&entry, 1, std::min(left, sliceMilliseconds));
-        if (ready > 0)
-            return true;
+        // With a wake-up pending its descriptor is of no use any more, and the request to close is looked for.
+        constexpr int sliceMilliseconds = 100;
+        int ready = ::poll(entries, 2, woken ? std::min(left, sliceMilliseconds) : left);
         if (ready < 0 && errno != EINTR)
             return false;
+        if (ready > 0 && entries[0].revents != 0)
+            return true;
+        if (ready > 0)
+            woken = true;
         if (left == 0)
             return false;
     }
