@@ -1,9 +1,11 @@
 #include "network/WebSocketThread.h"
 
+#include "network/ChannelState.h"
 #include "network/HostLog.h"
 #include "network/WebSocketAppIfc.h"
 #include "network/WebSocketEventLoop.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <exception>
 #include <memory>
@@ -12,6 +14,30 @@
 #include <utility>
 
 namespace {
+
+/// Passes everything on, and remembers whether the connection is open.
+class StateKeeper final : public WebSocketAppIfc {
+public:
+    StateKeeper(WebSocketAppIfc& app, std::atomic<bool>& open) : m_app(app), m_open(open) {}
+
+    void onOpen(int code) override {
+        m_open = true;
+        m_app.onOpen(code);
+    }
+    void onClose(int code, int localCode, const std::string& msg) override {
+        m_open = false;
+        m_app.onClose(code, localCode, msg);
+    }
+    void onError(int code, const std::string& msg) override { m_app.onError(code, msg); }
+    void onMessage(const std::string& msg) override { m_app.onMessage(msg); }
+    void onPong() override { m_app.onPong(); }
+    void onPongTimeout() override { m_app.onPongTimeout(); }
+    bool continueOnLoginError() override { return m_app.continueOnLoginError(); }
+
+private:
+    WebSocketAppIfc& m_app;
+    std::atomic<bool>& m_open;
+};
 
 /// The telephone's one client: the session of now, the thread under it, and the rule that what belongs to a former
 /// session is not delivered.
@@ -28,6 +54,7 @@ public:
     void endSession();
     void endThread();
     bool isRunning();
+    bool isOpen() const { return m_open; }
     void send(const std::string& message) override;
 
 private:
@@ -44,6 +71,7 @@ private:
     unsigned long m_sessionNumber = 0; ///< news of any other session are dropped
     bool m_inCallback = false;
     std::thread::id m_callbackThread;
+    std::atomic<bool> m_open{false};
 };
 
 void Client::useThreader(ThreaderIfc* threader) {
@@ -74,6 +102,7 @@ void Client::open(WebSocketAppIfc* app, const std::string& url) {
 void Client::dropSession() {
     ++m_sessionNumber;
     m_app = nullptr;
+    m_open = false;
     if (m_session) {
         m_loop->post([session = std::move(m_session)] { session->close(); });
         m_session.reset();
@@ -125,7 +154,7 @@ void Client::deliver(unsigned long number, const WebSocketSession::Report& repor
     if (number != m_sessionNumber || m_app == nullptr) {
         return;
     }
-    WebSocketAppIfc& app = *m_app;
+    StateKeeper app(*m_app, m_open);
     m_inCallback = true;
     m_callbackThread = std::this_thread::get_id();
     lock.unlock();
@@ -161,4 +190,8 @@ void WebSocketThread::stop() {
 
 void WebSocketThread::terminate() {
     Client::get().endThread();
+}
+
+bool ChannelState::isOpen() {
+    return Client::get().isOpen();
 }

@@ -6,6 +6,7 @@
 #include "data/PldsTags.h"
 #include "logging/Logging.h"
 #include "network/NetworkControl.h"
+#include "orvane-phone/Output.h"
 #include "siblings/CommunicationsServiceEventIfc.h"
 #include "siblings/HostSiblings.h"
 #include "siblings/SiblingThread.h"
@@ -23,12 +24,15 @@ std::string textOf(const Json& value) {
     return value.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
+/// For those who look at the telephone: what was not written by the service is not reported.
+void tellStored(const Commands::Parts& parts, const std::string& key) {
+    parts.output->stored(ItemNames::nameOf(key), parts.store->get(key));
+}
+
 Json status(const Commands::Parts& parts) {
     Json items = Json::object();
-    if (parts.store != nullptr) {
-        for (const auto& [key, value] : parts.store->all()) {
-            items[ItemNames::nameOf(key)] = value;
-        }
+    for (const auto& [key, value] : parts.store->all()) {
+        items[ItemNames::nameOf(key)] = value;
     }
     return {{"running", parts.service->isRunning()}, {"items", items}};
 }
@@ -48,6 +52,9 @@ Json configure(const Commands::Parts& parts, const Json& request, std::string& e
         refused.push_back(
             {{"name", refusal.key.empty() ? "" : ItemNames::nameOf(refusal.key)}, {"reason", refusal.reason}});
     }
+    for (const auto& entry : items) {
+        tellStored(parts, entry.first);
+    }
     return {{"refused", refused}};
 }
 
@@ -60,6 +67,7 @@ Json item(const Commands::Parts& parts, const Json& request, std::string& error)
     }
     if (request.contains("value")) {
         parts.store->change(*key, request.at("value").get<std::string>());
+        tellStored(parts, *key);
     }
     return {{"name", name}, {"value", parts.store->get(*key)}};
 }
@@ -68,14 +76,13 @@ Json item(const Commands::Parts& parts, const Json& request, std::string& error)
 Json interfaceStatus(const Commands::Parts& parts, const Json& request) {
     const bool up = request.at("up").get<bool>();
     NetworkControl::instance().setInterfaceUp(up);
-    if (parts.store != nullptr) {
-        parts.store->change(PldsTags::INTERFACE_STATUS, up ? "up" : "down");
-    }
+    parts.store->change(PldsTags::INTERFACE_STATUS, up ? "up" : "down");
+    tellStored(parts, PldsTags::INTERFACE_STATUS);
     return Json::object();
 }
 
 Json overview(const Commands::Parts& parts, const Json& request, std::string& error) {
-    TeamServiceEventIfc* listener = parts.team == nullptr ? nullptr : parts.team->listener();
+    TeamServiceEventIfc* listener = parts.team->listener();
     if (listener == nullptr) {
         error = "the service does not listen to a team service";
         return {};
@@ -90,8 +97,7 @@ Json overview(const Commands::Parts& parts, const Json& request, std::string& er
 }
 
 Json communicationsEvent(const Commands::Parts& parts, const Json& request, std::string& error) {
-    CommunicationsServiceEventIfc* listener =
-        parts.communications == nullptr ? nullptr : parts.communications->listener();
+    CommunicationsServiceEventIfc* listener = parts.communications->listener();
     if (listener == nullptr) {
         error = "the service does not listen to a communications service";
         return {};
@@ -178,10 +184,6 @@ std::string Commands::run(const std::string& command, const std::string& line, s
     }
     if (command == "devices-changed" || command == "system-status") {
         return textOf(communicationsEvent(m_parts, request, error));
-    }
-    if (m_parts.store == nullptr) {
-        error = "the telephone is without a configuration store";
-        return {};
     }
     if (command == "configure") {
         return textOf(configure(m_parts, request, error));

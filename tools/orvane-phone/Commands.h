@@ -9,6 +9,7 @@ class HostTeamService;
 class LineConnection;
 class LocalMgmt;
 class OrvaneServiceIfc;
+class Output;
 class RemoteFramework;
 class SiblingThread;
 
@@ -19,7 +20,7 @@ class SiblingThread;
 /// Commands are answered by {"seq":1,"reply":{…}} when they are done, or {"seq":1,"error":"…"}.
 class Commands {
 public:
-    /// Nothing is owned; the optional parts are null when the telephone is without them.
+    /// Nothing is owned.
     struct Parts {
         OrvaneServiceIfc* service;
         LocalMgmt* store;
@@ -27,6 +28,7 @@ public:
         HostTeamService* team;
         SiblingThread* siblings;
         RemoteFramework* remote;
+        Output* output;
     };
 
     explicit Commands(Parts parts) : m_parts(parts) {}

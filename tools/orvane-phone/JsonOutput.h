@@ -17,7 +17,8 @@ public:
     void lamp(const std::string& uri, bool dnd) override;
     void journal() override;
     void securityLog(bool success, const std::string& text) override;
-    void channel(bool) override {}
+    void stored(const std::string&, const std::string&) override {}
+    void look(bool) override {}
     void summary() override {}
     void stopped() override;
 

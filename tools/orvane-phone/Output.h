@@ -21,8 +21,10 @@ public:
     virtual void lamp(const std::string& uri, bool dnd) = 0;
     virtual void journal() = 0;
     virtual void securityLog(bool success, const std::string& text) = 0;
-    /// The event channel has come up or gone.
-    virtual void channel(bool open) = 0;
+    /// An item that the telephone's user or its configuration has set; no report of the service.
+    virtual void stored(const std::string& name, const std::string& value) = 0;
+    /// From time to time, with what is not reported: whether the event channel is open.
+    virtual void look(bool channelOpen) = 0;
     /// Of a run that ends by itself.
     virtual void summary() = 0;
     virtual void stopped() = 0;

@@ -3,6 +3,7 @@
 #include "orvane-phone/ViewModel.h"
 
 #include <string>
+#include <vector>
 
 /// Draws the telephone as text of a given width and height.
 class Screen {
@@ -11,13 +12,15 @@ public:
         int columns = 80;
         int rows = 24;
     };
+    struct Style {
+        bool colours = true;
+        bool lineArt = true; ///< characters beyond ASCII for rules and dots
+    };
+    static constexpr Size smallest{40, 10};
 
-    /// One screenful, a line for each row, with colours if wanted.
-    static std::string draw(const ViewModel& model, const std::string& title, Size size, bool colours);
+    /// One line for each row, each as wide as the screen. A screen below the smallest is drawn as the smallest.
+    static std::vector<std::string> draw(const ViewModel& model, const std::string& title, Size size, Style style);
 
-    /// The text in exactly that many columns, cut or filled; counts characters of UTF-8, not bytes.
-    static std::string fit(const std::string& text, int columns);
-
-    /// ISO 8601 UTC as local date and time, "20.11. 14:05"; the text itself when it is none.
-    static std::string localTime(const std::string& isoTime);
+    /// A screenful for a person who reads on: what there is, and the latest calls.
+    static std::string summary(const ViewModel& model, const std::string& title);
 };

@@ -95,9 +95,9 @@ bool Telephone::makeService(std::string& error) {
     m_parts->remote = std::make_unique<RemoteFramework>(
         m_parts->service.get(), library.createInvoker == nullptr ? nullptr : library.createInvoker(),
         library.createObserverProxy);
-    m_parts->commands =
-        std::make_unique<Commands>(Commands::Parts{m_parts->calls, m_parts->store.get(), &m_parts->communications,
-                                                   &m_parts->team, &m_parts->siblings, m_parts->remote.get()});
+    m_parts->commands = std::make_unique<Commands>(
+        Commands::Parts{m_parts->calls, m_parts->store.get(), &m_parts->communications, &m_parts->team,
+                        &m_parts->siblings, m_parts->remote.get(), &m_output});
     return true;
 }
 
@@ -140,6 +140,9 @@ void Telephone::presetItems() {
         store.preset(key, value);
     }
     NetworkControl::instance().setInterfaceUp(store.get(PldsTags::INTERFACE_STATUS) == "up");
+    for (const auto& [key, value] : store.all()) {
+        m_output.stored(ItemNames::nameOf(key), value);
+    }
 }
 
 void Telephone::addServices() {

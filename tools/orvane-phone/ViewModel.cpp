@@ -1,5 +1,6 @@
 #include "orvane-phone/ViewModel.h"
 
+#include "utilities/ClientUtils.h"
 #include "utilities/Serializer.h"
 
 #include <nlohmann/json.hpp>
@@ -9,36 +10,109 @@
 namespace {
 
 constexpr std::size_t keptEvents = 50;
+constexpr std::size_t fieldCount = 8;
+constexpr std::size_t nameField = 5;
+constexpr std::size_t fieldsBehindName = 2;
+const std::string unknownName = "Unknown.Name";
+const std::string unknownNumber = "Caller.Unknown.XXX";
 
-std::string nameOrNumber(const ViewModel::Call& call) {
-    return call.name.empty() || call.name == "Unknown.Name" ? call.number : call.name + " " + call.number;
+bool isWatchedUri(const std::string& value) {
+    return value.rfind("blf", 0) == 0;
+}
+
+/// The index behind `front` in an item's name; -1 when it is another item.
+int indexBehind(const std::string& name, const std::string& front) {
+    return name.rfind(front, 0) == 0 && name.size() > front.size() ? ClientUtils::stoi(name.substr(front.size())) : -1;
+}
+
+std::vector<std::string> splitAtCommas(const std::string& text) {
+    std::vector<std::string> parts;
+    std::size_t begin = 0;
+    for (std::size_t comma = text.find(','); comma != std::string::npos; comma = text.find(',', begin)) {
+        parts.push_back(text.substr(begin, comma - begin));
+        begin = comma + 1;
+    }
+    parts.push_back(text.substr(begin));
+    return parts;
+}
+
+std::string describe(const ViewModel::Call& call) {
+    std::string text = call.type + ", " + call.party();
+    if (call.hasName() && call.hasNumber()) {
+        text += " " + call.number;
+    }
+    text += ", " + call.duration;
+    return call.hasLine() ? text + ", line " + call.lineNumber : text;
+}
+
+std::string describe(const ViewModel::Contact& contact) {
+    return contact.number.empty() ? contact.name : contact.name + " " + contact.number;
+}
+
+/// Applies one batch to records by id; `parse` reads a record, and what it does not read is the id of a record that is
+/// gone.
+template <class Record>
+std::vector<std::string> apply(const std::vector<std::string>& batch, bool full, const std::string& kind,
+                               bool (*parse)(const std::string&, Record&), std::map<std::string, Record>& records) {
+    std::vector<std::string> changes;
+    if (full) {
+        records.clear();
+    }
+    for (const std::string& text : batch) {
+        Record record;
+        if (parse(text, record)) {
+            const bool known = records.count(record.id) != 0;
+            changes.push_back((known ? "changed " : "new ") + kind + ": " + describe(record));
+            records[record.id] = std::move(record);
+            continue;
+        }
+        const auto gone = records.find(text);
+        if (gone != records.end()) {
+            changes.push_back("deleted " + kind + ": " + describe(gone->second));
+            records.erase(gone);
+        }
+    }
+    if (full) {
+        changes = {"all " + kind + "s: " + std::to_string(records.size())};
+    }
+    return changes;
 }
 
 } // namespace
+
+bool ViewModel::Call::hasName() const {
+    return !name.empty() && name != unknownName;
+}
+
+bool ViewModel::Call::hasNumber() const {
+    return !number.empty() && number != unknownNumber;
+}
+
+bool ViewModel::Call::hasLine() const {
+    return !lineNumber.empty() && lineNumber != unknownName;
+}
+
+std::string ViewModel::Call::party() const {
+    if (hasName()) {
+        return name;
+    }
+    return hasNumber() ? number : "unknown caller";
+}
 
 bool ViewModel::parseCall(const std::string& record, Call& call) {
     if (record.size() < 2 || record.front() != '{' || record.back() != '}') {
         return false;
     }
-    std::vector<std::string> parts;
-    std::size_t begin = 1;
-    for (;;) {
-        const std::size_t comma = record.find(',', begin);
-        if (comma == std::string::npos) {
-            parts.push_back(record.substr(begin, record.size() - 1 - begin));
-            break;
-        }
-        parts.push_back(record.substr(begin, comma - begin));
-        begin = comma + 1;
-    }
-    if (parts.size() < 8) {
+    const std::vector<std::string> parts = splitAtCommas(record.substr(1, record.size() - 2));
+    if (parts.size() < fieldCount) {
         return false;
     }
-    std::string name;
-    for (std::size_t index = 5; index + 2 < parts.size(); ++index) {
-        name += (index == 5 ? "" : ",") + parts[index];
+    const std::size_t nameEnd = parts.size() - fieldsBehindName;
+    std::string name = parts[nameField];
+    for (std::size_t index = nameField + 1; index < nameEnd; ++index) {
+        name += "," + parts[index];
     }
-    call = {parts[0], parts[1], parts[2], parts[3], parts[4], name, parts[parts.size() - 2], parts.back()};
+    call = {parts[0], parts[1], parts[2], parts[3], parts[4], name, parts[nameEnd], parts[nameEnd + 1]};
     return true;
 }
 
@@ -63,59 +137,28 @@ bool ViewModel::parseContact(const std::string& record, Contact& contact) {
     return true;
 }
 
-std::string ViewModel::describe(const Call& call) {
-    const std::string line = call.lineNumber == "Unknown.Name" ? "" : "  line " + call.lineNumber;
-    return call.type + "  " + call.startTime + "  " + call.duration + "  " + nameOrNumber(call) + line;
-}
-
 std::vector<std::string> ViewModel::applyCalls(const std::vector<std::string>& batch, bool full) {
-    std::vector<std::string> changes;
-    if (full) {
-        m_calls.clear();
-        changes.push_back("call log: " + std::to_string(batch.size()) + " records");
-    }
-    for (const std::string& record : batch) {
-        Call call;
-        if (parseCall(record, call)) {
-            const bool known = m_calls.count(call.id) != 0;
-            m_calls[call.id] = call;
-            if (!full) {
-                changes.push_back((known ? "changed call  " : "new call  ") + describe(call));
-            }
-        } else if (m_calls.erase(record) != 0) {
-            changes.push_back("deleted call  " + record);
-        }
-    }
-    return changes;
+    return apply(batch, full, "call", parseCall, m_calls);
 }
 
 std::vector<std::string> ViewModel::applyContacts(const std::vector<std::string>& batch, bool full) {
-    std::vector<std::string> changes;
-    if (full) {
-        m_contacts.clear();
-        changes.push_back("phonebook: " + std::to_string(batch.size()) + " contacts");
-    }
-    for (const std::string& record : batch) {
-        Contact contact;
-        if (parseContact(record, contact)) {
-            const bool known = m_contacts.count(contact.id) != 0;
-            m_contacts[contact.id] = contact;
-            if (!full) {
-                changes.push_back((known ? "changed contact  " : "new contact  ") + contact.name + "  " +
-                                  contact.number);
-            }
-        } else if (m_contacts.erase(record) != 0) {
-            changes.push_back("deleted contact  " + record);
-        }
-    }
-    return changes;
+    return apply(batch, full, "contact", parseContact, m_contacts);
 }
 
 void ViewModel::setItem(const std::string& name, const std::string& value) {
     if (name == "CALL_DND_ACTIVATED") {
         m_dnd = value == "true";
+    } else if (name == "INTERFACE_STATUS") {
+        m_interfaceUp = value == "up";
     } else if (name == "ORVANE_API_VIEWED_MISSED_CALL_IDS") {
         Serializer::deserialize(value, m_viewedIds);
+    } else if (const int key = indexBehind(name, "BLF_DEST"); key >= 0) {
+        m_keyUris.erase(key);
+        if (isWatchedUri(value)) {
+            m_keyUris[key] = value;
+        }
+    } else if (const int labelled = indexBehind(name, "FUNCTION_KEY_LABEL"); labelled >= 0) {
+        m_keyLabels[labelled] = value;
     }
 }
 
@@ -126,8 +169,39 @@ void ViewModel::addEvent(const std::string& text) {
     }
 }
 
-bool ViewModel::isViewed(const std::string& callId) const {
-    return std::find(m_viewedIds.begin(), m_viewedIds.end(), callId) != m_viewedIds.end();
+bool ViewModel::isNew(const Call& call) const {
+    return call.type == "Missed" && m_viewedIds.count(call.id) == 0;
+}
+
+std::size_t ViewModel::missedCount() const {
+    return static_cast<std::size_t>(
+        std::count_if(m_calls.begin(), m_calls.end(), [](const auto& entry) { return entry.second.type == "Missed"; }));
+}
+
+std::string ViewModel::keyLabel(const std::string& uri) const {
+    for (const auto& [index, keyUri] : m_keyUris) {
+        const auto label = m_keyLabels.find(index);
+        if (keyUri == uri && label != m_keyLabels.end() && !label->second.empty()) {
+            return label->second;
+        }
+    }
+    return uri;
+}
+
+std::vector<ViewModel::Key> ViewModel::keys() const {
+    std::vector<Key> all;
+    std::set<std::string> shown;
+    for (const auto& entry : m_keyUris) {
+        const auto lamp = m_lamps.find(entry.second);
+        all.push_back({keyLabel(entry.second), lamp != m_lamps.end() && lamp->second});
+        shown.insert(entry.second);
+    }
+    for (const auto& [uri, dnd] : m_lamps) {
+        if (shown.count(uri) == 0) {
+            all.push_back({uri, dnd});
+        }
+    }
+    return all;
 }
 
 std::vector<ViewModel::Call> ViewModel::calls() const {

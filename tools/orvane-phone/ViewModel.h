@@ -4,6 +4,7 @@
 
 #include <deque>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -19,11 +20,23 @@ public:
         std::string name;
         std::string lineTag;
         std::string lineNumber;
+
+        bool hasName() const;
+        bool hasNumber() const;
+        /// On a shared line.
+        bool hasLine() const;
+        /// Name, else number, else "unknown caller".
+        std::string party() const;
     };
     struct Contact {
         std::string id;
         std::string name;
         std::string number; ///< the first one that is set
+    };
+    /// A function key that watches a colleague.
+    struct Key {
+        std::string label;
+        bool dnd = false;
     };
 
     /// Applies a batch of call records; returns what changed, in words, one entry a change.
@@ -31,6 +44,7 @@ public:
     std::vector<std::string> applyContacts(const std::vector<std::string>& batch, bool full);
     void setVoicemail(const std::map<std::string, OrvaneServiceTypes::Voicemail>& data) { m_voicemail = data; }
     void setLamp(const std::string& uri, bool dnd) { m_lamps[uri] = dnd; }
+    /// An item of the store; those that show are taken.
     void setItem(const std::string& name, const std::string& value);
     void setChannel(bool open) { m_channel = open; }
     void addEvent(const std::string& text);
@@ -40,12 +54,18 @@ public:
     /// By name.
     std::vector<Contact> contacts() const;
     std::size_t callCount() const { return m_calls.size(); }
+    std::size_t missedCount() const;
     std::size_t contactCount() const { return m_contacts.size(); }
-    bool isViewed(const std::string& callId) const;
+    /// A missed call that the user has not looked at.
+    bool isNew(const Call& call) const;
     const std::map<std::string, OrvaneServiceTypes::Voicemail>& voicemail() const { return m_voicemail; }
-    const std::map<std::string, bool>& lamps() const { return m_lamps; }
+    /// Keys that are set up, in their order, then lamps without a key.
+    std::vector<Key> keys() const;
+    /// The key's label, or the URI itself.
+    std::string keyLabel(const std::string& uri) const;
     bool dnd() const { return m_dnd; }
     bool channel() const { return m_channel; }
+    bool interfaceUp() const { return m_interfaceUp; }
     /// Latest last.
     const std::deque<std::string>& events() const { return m_events; }
 
@@ -53,16 +73,17 @@ public:
     /// two from the right. False when the text is no record.
     static bool parseCall(const std::string& record, Call& call);
     static bool parseContact(const std::string& record, Contact& contact);
-    /// A call in one line for a person.
-    static std::string describe(const Call& call);
 
 private:
     std::map<std::string, Call> m_calls;       ///< by id
     std::map<std::string, Contact> m_contacts; ///< by id
     std::map<std::string, OrvaneServiceTypes::Voicemail> m_voicemail;
-    std::map<std::string, bool> m_lamps;
-    std::vector<std::string> m_viewedIds;
+    std::map<std::string, bool> m_lamps;    ///< by URI
+    std::map<int, std::string> m_keyUris;   ///< by the key's index
+    std::map<int, std::string> m_keyLabels; ///< by the key's index
+    std::set<std::string> m_viewedIds;
     bool m_dnd = false;
     bool m_channel = false;
+    bool m_interfaceUp = true;
     std::deque<std::string> m_events;
 };

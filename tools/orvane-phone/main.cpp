@@ -4,7 +4,7 @@
 #include "orvane-phone/ViewOutput.h"
 
 #include "logging/LogSink.h"
-#include "network/WebSocketThread.h"
+#include "network/ChannelState.h"
 
 #include <csignal>
 #include <ctime>
@@ -20,7 +20,8 @@
 namespace {
 
 constexpr auto onceLimit = std::chrono::seconds(30);
-constexpr auto endLimit = std::chrono::milliseconds(1800);
+constexpr auto endLimit = std::chrono::milliseconds(1600);
+constexpr auto lastLineLimit = std::chrono::milliseconds(200);
 constexpr long lookEveryNanoseconds = 50'000'000;
 
 sigset_t endSignals() {
@@ -35,6 +36,16 @@ sigset_t endSignals() {
 bool endSignalCame(const sigset_t& signals) {
     const timespec shortWhile{0, lookEveryNanoseconds};
     return sigtimedwait(&signals, nullptr, &shortWhile) > 0;
+}
+
+/// The last line, if it can be written: whoever reads the output may have stopped doing so.
+void leaveAtOnce(Output& output) {
+    std::thread([&output] {
+        output.stopped();
+        ::_exit(1);
+    }).detach();
+    std::this_thread::sleep_for(lastLineLimit);
+    ::_exit(1);
 }
 
 /// Ends the process when the telephone does not come down in time, or when a second signal asks for it.
@@ -65,8 +76,7 @@ private:
                 if (!again) {
                     std::cerr << "orvane-phone: the service does not come down" << std::endl;
                 }
-                output.stopped();
-                ::_exit(1);
+                leaveAtOnce(output);
             }
         }
     }
@@ -80,7 +90,7 @@ private:
 int runUntilEnd(const Options& options, Telephone& telephone, Output& output, const sigset_t& signals) {
     const auto limit = std::chrono::steady_clock::now() + onceLimit;
     while (!endSignalCame(signals)) {
-        output.channel(WebSocketThread::instance() != nullptr);
+        output.look(ChannelState::isOpen());
         if (!options.once) {
             continue;
         }
