@@ -1,0 +1,150 @@
+#include "support/TestCertificates.h"
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// A program whose two outputs go to files.
+class Process {
+public:
+    Process(const std::vector<std::string>& arguments, const std::string& output, const std::string& errors) {
+        m_id = ::fork();
+        if (m_id == 0) {
+            redirect(output, STDOUT_FILENO);
+            redirect(errors, STDERR_FILENO);
+            std::vector<char*> texts;
+            for (const std::string& argument : arguments) {
+                texts.push_back(const_cast<char*>(argument.c_str()));
+            }
+            texts.push_back(nullptr);
+            ::execv(texts[0], texts.data());
+            ::_exit(127);
+        }
+    }
+    ~Process() {
+        if (m_id > 0) {
+            ::kill(m_id, SIGKILL);
+            ::waitpid(m_id, nullptr, 0);
+        }
+    }
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+
+    void signal(int number) const { ::kill(m_id, number); }
+    /// The exit status; -1 when a signal ended it.
+    int wait() {
+        int status = 0;
+        ::waitpid(m_id, &status, 0);
+        m_id = 0;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+private:
+    static void redirect(const std::string& path, int descriptor) {
+        ::dup2(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), descriptor);
+    }
+
+    pid_t m_id;
+};
+
+std::vector<std::string> linesOf(const std::string& path) {
+    std::ifstream file(path);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(file, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+/// A telephone with a service that does not come down.
+class StubbornTelephone : public testing::Test {
+protected:
+    void SetUp() override {
+        char name[] = "/tmp/orvane-phone-XXXXXX";
+        m_folder = ::mkdtemp(name);
+        m_phone = std::make_unique<Process>(
+            std::vector<std::string>{ORVANE_PHONE, "--json", "--ca", m_certificates.authority().certificate, "--model",
+                                     "KD24", "--mac", "M", "--service", STUBBORN_SERVICE, "--control",
+                                     m_folder + "/socket"},
+            m_folder + "/out", m_folder + "/err");
+        const auto limit = Clock::now() + std::chrono::seconds(20);
+        while (linesOf(m_folder + "/out").empty() && Clock::now() < limit) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        ASSERT_EQ("{\"event\":\"ready\",\"control\":\"" + m_folder + "/socket\"}", outputLine(0));
+    }
+    void TearDown() override {
+        m_phone.reset();
+        const std::string command = "rm -r '" + m_folder + "'";
+        EXPECT_EQ(0, std::system(command.c_str()));
+    }
+
+    std::string outputLine(std::size_t number) const {
+        const std::vector<std::string> lines = linesOf(m_folder + "/out");
+        return number < lines.size() ? lines[number] : "(none)";
+    }
+
+    TestCertificates m_certificates;
+    std::string m_folder;
+    std::unique_ptr<Process> m_phone;
+};
+
+} // namespace
+
+TEST_F(StubbornTelephone, SaysThatItsServiceDoesNotComeDownAndLeavesInTime) {
+    const auto begin = Clock::now();
+    m_phone->signal(SIGTERM);
+
+    EXPECT_EQ(1, m_phone->wait());
+
+    EXPECT_LT(Clock::now() - begin, std::chrono::seconds(3));
+    EXPECT_EQ("{\"event\":\"stopped\"}", outputLine(1));
+    EXPECT_EQ((std::vector<std::string>{"orvane-phone: the service does not come down"}), linesOf(m_folder + "/err"));
+}
+
+TEST_F(StubbornTelephone, LeavesAtOnceOnASecondSignal) {
+    m_phone->signal(SIGINT);
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    const auto begin = Clock::now();
+    m_phone->signal(SIGINT);
+
+    EXPECT_EQ(1, m_phone->wait());
+
+    EXPECT_LT(Clock::now() - begin, std::chrono::milliseconds(1000));
+    EXPECT_EQ("{\"event\":\"stopped\"}", outputLine(1));
+}
+
+TEST_F(StubbornTelephone, SaysThatALibraryWithoutInvokerCannotBeCalled) {
+    Process call({ORVANE_CTL, "--control", m_folder + "/socket", "call", "isRunning"}, m_folder + "/call.out",
+                 m_folder + "/call.err");
+
+    EXPECT_EQ(1, call.wait());
+
+    EXPECT_TRUE(linesOf(m_folder + "/call.out").empty());
+    ASSERT_EQ(1U, linesOf(m_folder + "/call.err").size());
+    EXPECT_NE(std::string::npos, linesOf(m_folder + "/call.err")[0].find("createOrvaneServiceInvoker"));
+}
+
+TEST_F(StubbornTelephone, AnswersItsOwnCommandsWithoutInvoker) {
+    Process status({ORVANE_CTL, "--control", m_folder + "/socket", "item", "SERVER_TYPE"}, m_folder + "/item.out",
+                   m_folder + "/item.err");
+
+    EXPECT_EQ(0, status.wait());
+
+    EXPECT_EQ((std::vector<std::string>{R"({"name":"SERVER_TYPE","value":"7"})"}), linesOf(m_folder + "/item.out"));
+}
