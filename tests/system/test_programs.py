@@ -8,7 +8,7 @@ import subprocess
 import time
 import unittest
 
-from orvane_system import BIN_DIR, Program, run
+from orvane_system import BIN_DIR, PATIENCE, run
 from telephone_case import TelephoneCase, full_call_log, is_token_failure
 
 
@@ -127,7 +127,7 @@ class Running(TelephoneCase):
             begin = time.monotonic()
             phone.program.process.send_signal(number)
             self.assertEqual(0, phone.program.wait_for_end())
-            self.assertLess(time.monotonic() - begin, 2.5)
+            self.assertLess(time.monotonic() - begin, 2.5 * PATIENCE)
             self.assertEqual({"event": "stopped"}, phone.output.since()[-1])
             self.cloud.program.process.send_signal(number)
             self.assertEqual(0, self.cloud.program.wait_for_end())
@@ -140,7 +140,7 @@ class Running(TelephoneCase):
         begin = time.monotonic()
         phone.program.process.send_signal(signal.SIGTERM)
         phone.program.wait_for_end()
-        self.assertLess(time.monotonic() - begin, 3)
+        self.assertLess(time.monotonic() - begin, 3 * PATIENCE)
 
     def test_without_an_observer_nothing_is_downloaded(self):
         self.start_cloud(calls=5)
