@@ -34,6 +34,9 @@ bool makeAddress(const std::string& path, sockaddr_un& address) {
 bool isAnswered(const sockaddr_un& address) {
     // Without blocking: a live process that does not accept has a full queue of clients, and is there all the same.
     const int probe = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    if (probe < 0) {
+        return false;
+    }
     const bool answered =
         ::connect(probe, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 || errno == EAGAIN;
     ::close(probe);
@@ -84,6 +87,10 @@ bool ControlServer::makeSocket(std::string& error) {
     sockaddr_un address{};
     makeAddress(m_path, address);
     const int listener = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    if (listener < 0) {
+        error = std::string("there can be no socket: ") + std::strerror(errno);
+        return false;
+    }
     // Nobody can connect before listen(), so nobody gets in before the access is limited.
     if (::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
         ::chmod(m_path.c_str(), S_IRUSR | S_IWUSR) != 0 || ::listen(listener, SOMAXCONN) != 0) {

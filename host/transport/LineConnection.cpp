@@ -22,13 +22,11 @@ Sending sendAll(int socket, const std::string& text) {
     std::size_t sent = 0;
     while (sent < text.size()) {
         const ssize_t count = ::send(socket, text.data() + sent, text.size() - sent, MSG_NOSIGNAL);
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count <= 0) {
+        if (count >= 0) {
+            sent += static_cast<std::size_t>(count);
+        } else if (errno != EINTR) {
             return errno == EAGAIN ? Sending::TIMEOUT : Sending::GONE;
         }
-        sent += static_cast<std::size_t>(count);
     }
     return Sending::DONE;
 }

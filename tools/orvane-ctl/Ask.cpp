@@ -42,7 +42,7 @@ int report(const Json& reply) {
         return reportRefusals(reply["refused"]);
     }
     if (!reply.empty()) {
-        std::cout << textOf(reply) << std::endl;
+        std::cout << textOf(reply) << '\n';
     }
     return reply.value("result", true) ? 0 : 1;
 }
@@ -70,7 +70,7 @@ int readAnswer(ControlClient& client, bool isCall, ControlClient::TimePoint unti
             callReply = parametersOf(answer.at("method"));
         }
         if (isCall && answer.contains("end")) {
-            std::cout << textOf(callReply) << std::endl;
+            std::cout << textOf(callReply) << '\n';
             return 0;
         }
     }

@@ -25,7 +25,7 @@ bool ControlClient::connect(const std::string& path, std::string& error) {
     }
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
     m_socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (::connect(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+    if (m_socket < 0 || ::connect(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
         error = "no telephone on " + path + ": " + std::strerror(errno);
         return false;
     }
@@ -49,7 +49,7 @@ bool ControlClient::send(const std::string& line, TimePoint until) {
     std::size_t sent = 0;
     while (sent < text.size()) {
         const ssize_t count = ::send(m_socket, text.data() + sent, text.size() - sent, MSG_NOSIGNAL | MSG_DONTWAIT);
-        if (count > 0) {
+        if (count >= 0) {
             sent += static_cast<std::size_t>(count);
         } else if ((errno != EAGAIN && errno != EINTR) || !wait(POLLOUT, until)) {
             return false;

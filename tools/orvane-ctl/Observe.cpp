@@ -87,7 +87,7 @@ Outcome awaitEnd(ControlClient& client, int sequence, ControlClient::TimePoint u
                 return Outcome::ENDED;
             }
             if (answer.contains("error")) {
-                std::cerr << "orvane-ctl: " << answer["error"].get<std::string>() << std::endl;
+                std::cerr << "orvane-ctl: " << answer["error"].get<std::string>() << '\n';
                 return Outcome::REFUSED;
             }
         }
@@ -108,7 +108,7 @@ int giveUp(Outcome outcome) {
     }
     if (outcome != Outcome::REFUSED) {
         std::cerr << "orvane-ctl: " << (outcome == Outcome::GONE ? "the telephone has ended" : "no answer in time")
-                  << std::endl;
+                  << '\n';
     }
     return 1;
 }
@@ -178,7 +178,7 @@ int observe(ControlClient& client, double timeoutSeconds) {
             return 0;
         }
         if (reading == ControlClient::Reading::ENDED) {
-            std::cerr << "orvane-ctl: the telephone has ended" << std::endl;
+            std::cerr << "orvane-ctl: the telephone has ended" << '\n';
             return 1;
         }
     }

@@ -14,7 +14,7 @@ int main(int argumentCount, char** arguments) {
     ControlClient client;
     std::string error;
     if (!client.connect(request.control, error)) {
-        std::cerr << "orvane-ctl: " << error << std::endl;
+        std::cerr << "orvane-ctl: " << error << '\n';
         return 1;
     }
     return request.observe ? observe(client, request.timeoutSeconds) : ask(client, request);

@@ -206,6 +206,7 @@ std::vector<ViewModel::Key> ViewModel::keys() const {
 
 std::vector<ViewModel::Call> ViewModel::calls() const {
     std::vector<Call> all;
+    all.reserve(m_calls.size());
     for (const auto& entry : m_calls) {
         all.push_back(entry.second);
     }
@@ -216,6 +217,7 @@ std::vector<ViewModel::Call> ViewModel::calls() const {
 
 std::vector<ViewModel::Contact> ViewModel::contacts() const {
     std::vector<Contact> all;
+    all.reserve(m_contacts.size());
     for (const auto& entry : m_contacts) {
         all.push_back(entry.second);
     }

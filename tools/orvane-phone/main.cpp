@@ -74,7 +74,7 @@ private:
             }
             if (again || std::chrono::steady_clock::now() > end) {
                 if (!again) {
-                    std::cerr << "orvane-phone: the service does not come down" << std::endl;
+                    std::cerr << "orvane-phone: the service does not come down" << '\n';
                 }
                 leaveAtOnce(output);
             }
@@ -99,7 +99,7 @@ int runUntilEnd(const Options& options, Telephone& telephone, Output& output, co
             return telephone.isRunning() ? 0 : 1;
         }
         if (std::chrono::steady_clock::now() > limit) {
-            std::cerr << "orvane-phone: no login within 30 s" << std::endl;
+            std::cerr << "orvane-phone: no login within 30 s" << '\n';
             return 1;
         }
     }
@@ -121,7 +121,7 @@ int main(int argumentCount, char** arguments) {
     }
     std::string error;
     if (!LogSink::configure({options.logLevel, options.logFile, options.logSecrets}, error)) {
-        std::cerr << "orvane-phone: cannot write the log: " << error << std::endl;
+        std::cerr << "orvane-phone: cannot write the log: " << error << '\n';
         return 2;
     }
     std::unique_ptr<Output> output;
@@ -132,7 +132,7 @@ int main(int argumentCount, char** arguments) {
     }
     Telephone telephone(options, *output);
     if (!telephone.begin(error, exitStatus)) {
-        std::cerr << "orvane-phone: " << error << std::endl;
+        std::cerr << "orvane-phone: " << error << '\n';
         return exitStatus;
     }
     exitStatus = runUntilEnd(options, telephone, *output, signals);
