@@ -8,6 +8,7 @@
 #include "transport/RemoteFramework.h"
 
 #include <atomic>
+#include <mutex>
 #include <set>
 #include <sstream>
 
@@ -19,6 +20,31 @@ public:
     void shutdown() override {}
     void timerEvent(int) override {}
     void run() override {}
+};
+
+/// Who has subscribed; told on the connections' threads.
+class Subscribers {
+public:
+    void add(Proxy* proxy) {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_all.insert(proxy);
+    }
+    void remove(Proxy* proxy) {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_all.erase(proxy);
+    }
+    std::size_t count() const {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return m_all.size();
+    }
+    Proxy* first() const {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return *m_all.begin();
+    }
+
+private:
+    mutable std::mutex m_mutex;
+    std::set<Proxy*> m_all;
 };
 
 /// Counts the living; sends an event whenever it is told to.
@@ -47,7 +73,7 @@ Proxy* makeEventProxy() {
 /// Knows "echo" (replies), "silent" (does not), "subscribe" and "unsubscribe".
 class EchoInvoker : public Invoker {
 public:
-    explicit EchoInvoker(std::set<Proxy*>& subscribers) : m_subscribers(subscribers) {}
+    explicit EchoInvoker(Subscribers& subscribers) : m_subscribers(subscribers) {}
     void initInvoker(FrameworkContext* context) override { m_context = context; }
     void handleMessage(Executable*, const char* message, int length, InvokerResponse* response) override {
         const std::unique_ptr<InvokerResponse> owned(response);
@@ -61,9 +87,9 @@ public:
         std::string interfaceName = "OrvaneServiceObserverIfc";
         std::string subscriber = response->getSubscriberName();
         if (request.getName() == "subscribe") {
-            m_subscribers.insert(m_context->findProxy(interfaceName, subscriber));
+            m_subscribers.add(m_context->findProxy(interfaceName, subscriber));
         } else if (request.getName() == "unsubscribe") {
-            m_subscribers.erase(m_context->findProxy(interfaceName, subscriber));
+            m_subscribers.remove(m_context->findProxy(interfaceName, subscriber));
         } else if (request.getName() == "echo") {
             Method reply("echo", Method::RESPONSE);
             reply.addBoolParameter("result", true, Parameter::DIRECTION_OUT);
@@ -74,7 +100,7 @@ public:
     }
 
 private:
-    std::set<Proxy*>& m_subscribers;
+    Subscribers& m_subscribers;
     FrameworkContext* m_context = nullptr;
 };
 
@@ -110,7 +136,7 @@ protected:
     }
 
     SilentService m_service;
-    std::set<Proxy*> m_subscribers;
+    Subscribers m_subscribers;
     std::unique_ptr<RemoteFramework> m_framework;
 };
 
@@ -138,9 +164,9 @@ TEST_F(RemoteMethods, EventsGoToTheSubscriberWithoutANumber) {
     Client client(m_path);
     client.send(call(1, "subscribe"));
     ASSERT_EQ(R"({"seq":1,"end":true})", client.readLine());
-    ASSERT_EQ(1U, m_subscribers.size());
+    ASSERT_EQ(1U, m_subscribers.count());
 
-    dynamic_cast<EventProxy*>(*m_subscribers.begin())->raise("orvaneEvent");
+    dynamic_cast<EventProxy*>(m_subscribers.first())->raise("orvaneEvent");
 
     EXPECT_EQ(R"({"method":{"name":"orvaneEvent","type":0,"parameters":[)"
               R"({"name":"type","kind":"int","direction":0,"value":6}]}})",
@@ -154,11 +180,11 @@ TEST_F(RemoteMethods, AConnectionHasOneProxyHoweverOftenItSubscribes) {
     client.send(call(1, "subscribe") + call(2, "subscribe"));
     client.readLine();
     client.readLine();
-    EXPECT_EQ(1U, m_subscribers.size());
+    EXPECT_EQ(1U, m_subscribers.count());
 
     client.send(call(3, "unsubscribe"));
     client.readLine();
-    EXPECT_TRUE(m_subscribers.empty());
+    EXPECT_EQ(0U, m_subscribers.count());
 }
 
 TEST_F(RemoteMethods, AClientThatGoesIsUnsubscribedBeforeItsProxyGoes) {
@@ -170,7 +196,7 @@ TEST_F(RemoteMethods, AClientThatGoesIsUnsubscribedBeforeItsProxyGoes) {
     client.close();
 
     ASSERT_TRUE(m_ended.waitForCount(1));
-    EXPECT_TRUE(m_subscribers.empty());
+    EXPECT_EQ(0U, m_subscribers.count());
     EXPECT_EQ(0, livingProxies);
 }
 
@@ -181,7 +207,7 @@ TEST_F(RemoteMethods, EveryClientHasAProxyOfItsOwn) {
     first.readLine();
     second.send(call(1, "subscribe"));
     second.readLine();
-    EXPECT_EQ(2U, m_subscribers.size());
+    EXPECT_EQ(2U, m_subscribers.count());
 }
 
 TEST_F(RemoteMethods, KnowsOneProtocolAndOneInterface) {
