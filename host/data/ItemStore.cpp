@@ -42,7 +42,7 @@ std::unique_ptr<ItemStore> ItemStore::open(const std::string& path, std::string&
     if (!store->run("pragma journal_mode=wal", error) || !store->run("pragma synchronous=normal", error) ||
         !store->run("create table if not exists items (key text primary key, value text not null) without rowid",
                     error) ||
-        !store->run("pragma user_version=1", error)) {
+        !store->run("pragma user_version=1", error) || !store->check(error)) {
         return nullptr;
     }
     return store;
@@ -58,6 +58,17 @@ bool ItemStore::run(const char* statement, std::string& error) {
     }
     error = sqlite3_errmsg(m_database);
     return false;
+}
+
+bool ItemStore::check(std::string& error) {
+    const Statement soundness = prepare(m_database, "pragma quick_check(1)");
+    const std::string finding =
+        sqlite3_step(soundness.get()) == SQLITE_ROW ? columnText(soundness, 0) : sqlite3_errmsg(m_database);
+    if (finding != "ok") {
+        error = finding;
+        return false;
+    }
+    return run("select key, value from items limit 1", error);
 }
 
 std::optional<std::string> ItemStore::get(const std::string& key) {

@@ -27,6 +27,8 @@ public:
 private:
     ItemStore() = default;
     bool run(const char* statement, std::string& error);
+    /// Whether the file is sound and its table has the known columns.
+    bool check(std::string& error);
 
     sqlite3* m_database = nullptr; ///< owned, as SQLite's interface has it
 };

@@ -40,7 +40,10 @@ bool LocalMgmt::writeData(ManageableData& data) {
         }
         {
             const std::lock_guard<std::mutex> lock(m_mutex);
-            written = m_items->put(key, value) && written;
+            if (!m_items->put(key, value)) {
+                written = false;
+                continue;
+            }
             enqueue(key, value);
         }
         if (m_writeListener) {
@@ -70,32 +73,33 @@ std::map<std::string, std::string> LocalMgmt::all() {
     return m_items->all();
 }
 
-void LocalMgmt::preset(const std::string& key, const std::string& value) {
+bool LocalMgmt::preset(const std::string& key, const std::string& value) {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_items->put(key, value);
+    return m_items->put(key, value);
 }
 
-void LocalMgmt::change(const std::string& key, const std::string& value) {
+bool LocalMgmt::change(const std::string& key, const std::string& value) {
     std::unique_lock<std::mutex> lock(m_mutex);
-    m_items->put(key, value);
+    if (!m_items->put(key, value)) {
+        return false;
+    }
     const unsigned long number = enqueue(key, value);
     m_changed.wait(lock, [this, number] { return m_deliveredNumber >= number || m_stopped; });
+    return true;
 }
 
 std::vector<LocalMgmt::Refusal> LocalMgmt::configure(const std::vector<std::pair<std::string, std::string>>& items,
                                                      const std::string& group) {
+    const std::lock_guard<std::mutex> turn(m_configurationTurn);
     std::vector<Refusal> refusals;
-    ConfigurationTarget* service = target();
+    const std::shared_ptr<ConfigurationTarget> service = target();
     for (const auto& [key, value] : items) {
-        if (service == nullptr || !service->hasSetter(key)) {
-            change(key, value);
-            continue;
-        }
         std::string reason;
-        if (service->deliverItem(key, value, reason)) {
-            preset(key, value);
-        } else {
+        const bool goesThroughSetter = service != nullptr && service->hasSetter(key);
+        if (goesThroughSetter && !service->deliverItem(key, value, reason)) {
             refusals.push_back({key, reason});
+        } else if (!(goesThroughSetter ? preset(key, value) : change(key, value))) {
+            refusals.push_back({key, "the store cannot be written"});
         }
     }
     std::string reason;
@@ -106,18 +110,19 @@ std::vector<LocalMgmt::Refusal> LocalMgmt::configure(const std::vector<std::pair
 }
 
 bool LocalMgmt::resetUserData() {
-    ConfigurationTarget* service = target();
+    const std::lock_guard<std::mutex> turn(m_configurationTurn);
+    const std::shared_ptr<ConfigurationTarget> service = target();
     return service != nullptr && service->resetUserData();
 }
 
-void LocalMgmt::setConfigurationTarget(ConfigurationTarget* newTarget) {
+void LocalMgmt::setConfigurationTarget(const std::weak_ptr<ConfigurationTarget>& newTarget) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_target = newTarget;
 }
 
-ConfigurationTarget* LocalMgmt::target() {
+std::shared_ptr<ConfigurationTarget> LocalMgmt::target() {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_target;
+    return m_target.lock();
 }
 
 void LocalMgmt::stopNotifications() {
@@ -161,6 +166,9 @@ void LocalMgmt::notify() {
         } catch (const std::exception& exception) {
             logAppLine("Orvane Host", __FILE__, 2, __LINE__, "observer of %s ended by an exception: %s",
                        notification.key.c_str(), exception.what());
+        } catch (...) {
+            logAppLine("Orvane Host", __FILE__, 2, __LINE__, "observer of %s ended by an exception",
+                       notification.key.c_str());
         }
         lock.lock();
         m_deliveredNumber = notification.number;

@@ -39,10 +39,11 @@ public:
 
     std::string get(const std::string& key);
     std::map<std::string, std::string> all();
-    /// Writes without telling anybody.
-    void preset(const std::string& key, const std::string& value);
-    /// Writes, and returns when the observers of the item have been told. Not to be called from an observer.
-    void change(const std::string& key, const std::string& value);
+    /// Writes without telling anybody. False when the store cannot be written.
+    bool preset(const std::string& key, const std::string& value);
+    /// Writes, and returns when the observers of the item have been told. Not to be called from an observer. False, and
+    /// nobody told, when the store cannot be written.
+    bool change(const std::string& key, const std::string& value);
 
     /// One refused item of a configuration.
     struct Refusal {
@@ -50,13 +51,14 @@ public:
         std::string reason;
     };
     /// The items in their order through the setters (items without one are changed), then the group once. A refused
-    /// item keeps its old value. The last refusal may be that of the group, with an empty key.
+    /// item keeps its old value. The last refusal may be that of the group, with an empty key. One configuration at a
+    /// time: another waits for its turn.
     std::vector<Refusal> configure(const std::vector<std::pair<std::string, std::string>>& items,
                                    const std::string& group);
     bool resetUserData();
 
-    /// A service's data manager; not owned. Null when the service goes.
-    void setConfigurationTarget(ConfigurationTarget* target);
+    /// A service's configuration items. They are used as long as they exist.
+    void setConfigurationTarget(const std::weak_ptr<ConfigurationTarget>& target);
 
     /// Tells nobody any more; returns when nobody is being told.
     void stopNotifications();
@@ -81,12 +83,13 @@ private:
     /// With m_mutex held; returns the number of the last notification, 0 without one.
     unsigned long enqueue(const std::string& key, const std::string& value);
     void notify();
-    ConfigurationTarget* target();
+    std::shared_ptr<ConfigurationTarget> target();
 
+    std::mutex m_configurationTurn; ///< held by the configuration in progress; readers and writers do not take it
     std::mutex m_mutex;
     std::unique_ptr<ItemStore> m_items;
     std::vector<Observer> m_observers;
-    ConfigurationTarget* m_target = nullptr;
+    std::weak_ptr<ConfigurationTarget> m_target;
     WriteListener m_writeListener;
 
     std::condition_variable m_changed;

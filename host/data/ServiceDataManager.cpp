@@ -1,34 +1,23 @@
 #include "data/ServiceDataManager.h"
 
-#include "data/ConfigurationTarget.h"
 #include "data/LocalMgmt.h"
 #include "data/ManageableData.h"
-#include "data/ManagedItemGetter.h"
-#include "data/ManagedItemSetter.h"
-#include "data/MgmtAgentIfc.h"
 #include "data/PldsTags.h"
-#include "data/ValidatorIfc.h"
+#include "data/ServiceItems.h"
 #include "framework/Context.h"
+#include "logging/Logging.h"
 
 #include <map>
-#include <mutex>
-#include <vector>
 
 namespace {
 
-/// One item of the map that says which getter and setter an item goes with.
-struct MappedItem {
-    std::string key;
-    std::string getter;
-    std::string setter;
-};
-
-std::vector<MappedItem> itemMap(const std::string& mapName) {
+/// The map that says which item goes with which getter and setter.
+std::vector<ServiceItems::Item> itemMap(const std::string& mapName) {
     if (mapName != "OrvaneItemMap") {
         return {};
     }
     const auto mapped = [](const std::string& key, const std::string& name) {
-        return MappedItem{key, name + "Getter", name + "Setter"};
+        return ServiceItems::Item{key, name + "Getter", name + "Setter"};
     };
     return {mapped(PldsTags::ORVANE_API_SERVER_ADDRESS, "OrvaneApiServerAddress"),
             mapped(PldsTags::ORVANE_API_SYNC_CALL_LOG, "OrvaneApiSyncCallLog"),
@@ -39,67 +28,23 @@ std::vector<MappedItem> itemMap(const std::string& mapName) {
 
 } // namespace
 
-struct ServiceDataManager::Representation : public ConfigurationTarget {
-    // Held while a setter or the validator runs, so that unregisterAgent can wait for it; re-entrant, since a setter
-    // may lead back here.
-    std::recursive_mutex calls;
+struct ServiceDataManager::Representation {
     LocalMgmt* store = nullptr;
-    MgmtAgentIfc* agent = nullptr;
-    ValidatorIfc* validator = nullptr;
-    std::vector<MappedItem> items;
-    std::map<std::string, std::unique_ptr<ManagedItemGetter>> getters;
-    std::map<std::string, std::unique_ptr<ManagedItemSetter>> setters;
-
-    const MappedItem* find(const std::string& key) const {
-        for (const MappedItem& item : items) {
-            if (item.key == key) {
-                return &item;
-            }
-        }
-        return nullptr;
-    }
-
-    ManagedItemSetter* setterOf(const std::string& key) const {
-        const MappedItem* item = find(key);
-        const auto setter = item == nullptr ? setters.end() : setters.find(item->setter);
-        return setter == setters.end() ? nullptr : setter->second.get();
-    }
-
-    bool hasSetter(const std::string& key) override {
-        const std::lock_guard<std::recursive_mutex> lock(calls);
-        return setterOf(key) != nullptr;
-    }
-
-    bool deliverItem(const std::string& key, const std::string& value, std::string& error) override {
-        const std::lock_guard<std::recursive_mutex> lock(calls);
-        ManagedItemSetter* setter = setterOf(key);
-        if (agent == nullptr || setter == nullptr) {
-            error = "nobody takes this item";
-            return false;
-        }
-        return setter->set(value, std::string(), error);
-    }
-
-    bool deliverGroup(const std::string& group, std::string& error) override {
-        const std::lock_guard<std::recursive_mutex> lock(calls);
-        return validator == nullptr || validator->validateGroupAndSetData(error, group);
-    }
-
-    bool resetUserData() override {
-        const std::lock_guard<std::recursive_mutex> lock(calls);
-        return agent != nullptr && agent->resetUserData();
-    }
+    // Shared with a configuration in progress, which may outlast this object by a moment.
+    std::shared_ptr<ServiceItems> items = std::make_shared<ServiceItems>();
 };
 
 ServiceDataManager::ServiceDataManager() : m_representation(std::make_unique<Representation>()) {}
 
-ServiceDataManager::~ServiceDataManager() = default;
+ServiceDataManager::~ServiceDataManager() {
+    m_representation->items->close();
+    m_representation->items->release();
+}
 
 void ServiceDataManager::registerAgent(Context* context, MgmtAgentIfc* agent, const std::string&,
                                        ValidatorIfc* validator) {
     m_representation->store = dynamic_cast<LocalMgmt*>(context->getService("LocalMgmtIfc"));
-    m_representation->agent = agent;
-    m_representation->validator = validator;
+    m_representation->items->open(agent, validator);
 }
 
 void ServiceDataManager::setLoading(bool) {
@@ -107,15 +52,15 @@ void ServiceDataManager::setLoading(bool) {
 }
 
 void ServiceDataManager::addGetter(const std::string& name, ManagedItemGetter* getter) {
-    m_representation->getters[name].reset(getter);
+    m_representation->items->addGetter(name, std::unique_ptr<ManagedItemGetter>(getter));
 }
 
 void ServiceDataManager::addSetter(const std::string& name, ManagedItemSetter* setter) {
-    m_representation->setters[name].reset(setter);
+    m_representation->items->addSetter(name, std::unique_ptr<ManagedItemSetter>(setter));
 }
 
 void ServiceDataManager::loadItemMap(const std::string& mapName) {
-    m_representation->items = itemMap(mapName);
+    m_representation->items->setItems(itemMap(mapName));
 }
 
 void ServiceDataManager::finishSetup() {
@@ -123,30 +68,30 @@ void ServiceDataManager::finishSetup() {
         return;
     }
     const std::map<std::string, std::string> stored = m_representation->store->all();
-    for (const MappedItem& item : m_representation->items) {
-        const auto value = stored.find(item.key);
-        // What nothing has set keeps the service's own default.
-        if (value != stored.end()) {
-            std::string error;
-            m_representation->deliverItem(item.key, value->second, error);
+    for (const std::string& key : m_representation->items->keys()) {
+        const auto value = stored.find(key);
+        if (value == stored.end()) {
+            continue; // what nothing has set keeps the service's own default
+        }
+        std::string error;
+        if (!m_representation->items->deliverItem(key, value->second, error)) {
+            logAppLine("Orvane Host", __FILE__, 3, __LINE__, "the stored value of %s is refused: %s", key.c_str(),
+                       error.c_str());
         }
     }
-    m_representation->store->setConfigurationTarget(m_representation.get());
+    m_representation->store->setConfigurationTarget(m_representation->items);
 }
 
 bool ServiceDataManager::getData(ManageableData& data) {
     std::vector<std::string> keys;
     data.getRootIds(keys);
-    const std::lock_guard<std::recursive_mutex> lock(m_representation->calls);
     bool complete = true;
     for (const std::string& key : keys) {
-        const MappedItem* item = m_representation->find(key);
-        const auto getter =
-            item == nullptr ? m_representation->getters.end() : m_representation->getters.find(item->getter);
-        if (getter == m_representation->getters.end()) {
-            complete = false;
+        std::string value;
+        if (m_representation->items->read(key, value)) {
+            data.populate(key, key, value);
         } else {
-            data.populate(key, key, getter->second->get(key));
+            complete = false;
         }
     }
     return complete;
@@ -159,22 +104,15 @@ bool ServiceDataManager::setData(ManageableData& data) {
     for (const std::string& key : keys) {
         std::string value;
         std::string error;
-        accepted = data.interogate(key, value) && m_representation->deliverItem(key, value, error) && accepted;
+        accepted = data.interogate(key, value) && m_representation->items->deliverItem(key, value, error) && accepted;
     }
     return accepted;
 }
 
 void ServiceDataManager::unregisterAgent() {
-    if (m_representation->store != nullptr) {
-        m_representation->store->setConfigurationTarget(nullptr);
-    }
-    const std::lock_guard<std::recursive_mutex> lock(m_representation->calls);
-    m_representation->agent = nullptr;
-    m_representation->validator = nullptr;
+    m_representation->items->close();
 }
 
 void ServiceDataManager::releaseItems() {
-    const std::lock_guard<std::recursive_mutex> lock(m_representation->calls);
-    m_representation->getters.clear();
-    m_representation->setters.clear();
+    m_representation->items->release();
 }

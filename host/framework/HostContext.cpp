@@ -117,6 +117,8 @@ void HostContext::deliver() {
         } catch (const std::exception& exception) {
             logAppLine("Orvane Host", __FILE__, 2, __LINE__, "timer %d ended by an exception: %s", id,
                        exception.what());
+        } catch (...) {
+            logAppLine("Orvane Host", __FILE__, 2, __LINE__, "timer %d ended by an exception", id);
         }
         lock.lock();
     }

@@ -26,6 +26,7 @@ struct Sink {
     bool showSecrets = false;
     Redaction redaction;
     std::shared_ptr<spdlog::logger> logger;
+    std::atomic<unsigned> lostLines{0}; ///< since the last line that could be written
 };
 
 Sink& sink() {
@@ -66,6 +67,11 @@ std::string formatted(const char* format, std::va_list arguments) {
     return text;
 }
 
+void write(const Sink& target, int level, const std::string& tag, const std::string& message) {
+    target.logger->log(spdlog::level::info,
+                       timeStamp() + " " + std::to_string(level) + " " + tag + " [" + threadName() + "] " + message);
+}
+
 } // namespace
 
 bool LogSink::configure(const Options& options, std::string& error) {
@@ -82,7 +88,7 @@ bool LogSink::configure(const Options& options, std::string& error) {
         logger->set_pattern("%v");
         logger->set_level(spdlog::level::trace);
         logger->flush_on(spdlog::level::trace);
-        logger->set_error_handler([](const std::string&) {});
+        logger->set_error_handler([&target](const std::string&) { ++target.lostLines; });
         target.logger = logger;
     } catch (const std::exception& exception) {
         error = exception.what();
@@ -114,27 +120,30 @@ std::string LogSink::visible(const std::string& message) {
 }
 
 bool loggingOnAppLine(const char*, int level) {
-    return level <= sink().level;
+    // Before the sink is configured its level is 0, and there is nowhere to write to.
+    const int written = sink().level;
+    return written > 0 && level <= written;
 }
 
 void logAppLine(const char* tag, const char*, int level, int, const char* format, ...) {
     Sink& target = sink();
-    if (level > target.level) {
+    if (!loggingOnAppLine(tag, level)) {
         return;
     }
+    std::va_list arguments;
+    va_start(arguments, format);
     try {
-        std::va_list arguments;
-        va_start(arguments, format);
         std::string message = formatted(format, arguments);
-        va_end(arguments);
         const std::lock_guard<std::mutex> lock(target.mutex);
         if (!target.showSecrets) {
             message = target.redaction.redact(message);
         }
-        const std::string line = timeStamp() + " " + std::to_string(level) + " " + tag + " [" + threadName() + "] " +
-                                 LogSink::visible(message);
-        target.logger->log(spdlog::level::info, line);
+        if (const unsigned lost = target.lostLines.exchange(0); lost > 0) {
+            write(target, 2, "Orvane Host", std::to_string(lost) + " lines of this log could not be written");
+        }
+        write(target, level, tag, LogSink::visible(message));
     } catch (const std::exception&) {
-        // A line that cannot be written must not stop the telephone.
+        ++target.lostLines; // a line that cannot be written must not stop the telephone
     }
+    va_end(arguments);
 }

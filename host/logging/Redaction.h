@@ -1,6 +1,6 @@
 #pragma once
 
-#include <set>
+#include <deque>
 #include <string>
 
 /// Takes the values of bearer tokens, WebSocket tokens and session context tokens out of log messages: they read "***".
@@ -11,7 +11,10 @@ public:
     std::string redact(const std::string& message);
 
 private:
+    void takeMarkedOut(std::string& text);
+    void takeJsonMembersOut(std::string& text);
+    void takeOut(std::string& text, std::size_t begin, std::size_t end);
     void remember(const std::string& value);
 
-    std::set<std::string> m_secrets;
+    std::deque<std::string> m_secrets; ///< the oldest first
 };

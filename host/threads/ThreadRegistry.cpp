@@ -92,6 +92,12 @@ void ThreadRegistry::waitFor(unsigned long id) {
     reapEnded(lock);
 }
 
+bool ThreadRegistry::isRunning(unsigned long id) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto entry = m_threads.find(id);
+    return entry != m_threads.end() && !entry->second.ended;
+}
+
 std::size_t ThreadRegistry::running() {
     std::unique_lock<std::mutex> lock(m_mutex);
     reapEnded(lock);

@@ -23,6 +23,7 @@ public:
                unsigned long& sameId);
     /// Returns at once for an id that is unknown, has ended or is the calling thread's own.
     void waitFor(unsigned long id);
+    bool isRunning(unsigned long id);
     /// How many threads have not ended.
     std::size_t running();
 

@@ -2,6 +2,7 @@
 
 #include "threads/ThreadRegistry.h"
 
+#include <algorithm>
 #include <mutex>
 #include <vector>
 
@@ -26,7 +27,12 @@ bool Threader::spawn(unsigned long& id, Runner runner, void* argument, const std
     if (!ThreadRegistry::instance().spawn(id, runner, argument, name, ownCopy)) {
         return false;
     }
-    m_representation->ids.push_back(ownCopy);
+    // Only threads that still run are waited for at the end; a poll that spawns for years must not add up.
+    std::vector<unsigned long>& ids = m_representation->ids;
+    ids.erase(std::remove_if(ids.begin(), ids.end(),
+                             [](unsigned long former) { return !ThreadRegistry::instance().isRunning(former); }),
+              ids.end());
+    ids.push_back(ownCopy);
     return true;
 }
 

@@ -23,13 +23,22 @@ std::string textOf(const pugi::xml_node& element) {
     return text;
 }
 
-bool hasDocumentType(const pugi::xml_document& document) {
+/// The one element of a well-formed document; none when there are several, text beside it, or a document type, which
+/// could define entities.
+pugi::xml_node rootElement(const pugi::xml_document& document) {
+    pugi::xml_node root;
     for (const pugi::xml_node& node : document.children()) {
-        if (node.type() == pugi::node_doctype) {
-            return true;
+        const bool isSecond = node.type() == pugi::node_element && root;
+        const bool isText =
+            node.type() == pugi::node_cdata || (node.type() == pugi::node_pcdata && !trimmed(node.value()).empty());
+        if (isSecond || isText || node.type() == pugi::node_doctype) {
+            return {};
+        }
+        if (node.type() == pugi::node_element) {
+            root = node;
         }
     }
-    return false;
+    return root;
 }
 
 } // namespace
@@ -37,16 +46,20 @@ bool hasDocumentType(const pugi::xml_document& document) {
 void Contact::importFromPhonebookXML(const std::string& xmlData) {
     *this = Contact();
     pugi::xml_document document;
-    const pugi::xml_parse_result parsed =
-        document.load_buffer(xmlData.data(), xmlData.size(),
-                             pugi::parse_default | pugi::parse_doctype | pugi::parse_ws_pcdata, pugi::encoding_utf8);
-    // A document type could define entities; a contact needs none.
-    if (!parsed || hasDocumentType(document)) {
+    // As a fragment, so that text beside the root element is seen.
+    constexpr unsigned options =
+        pugi::parse_default | pugi::parse_doctype | pugi::parse_ws_pcdata | pugi::parse_fragment;
+    // The parser would end at a zero byte and call the front well-formed.
+    if (xmlData.find('\0') != std::string::npos ||
+        !document.load_buffer(xmlData.data(), xmlData.size(), options, pugi::encoding_utf8)) {
         return;
     }
-    pugi::xml_node element = document.child("contact");
-    if (!element) {
-        element = document.child("phonebook").child("contact");
+    pugi::xml_node element = rootElement(document);
+    if (std::string(element.name()) == "phonebook") {
+        element = element.child("contact");
+    }
+    if (std::string(element.name()) != "contact") {
+        return;
     }
     for (const ContactField& field : contactFields) {
         this->*field.member = trimmed(textOf(element.child(field.key)));

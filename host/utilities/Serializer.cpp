@@ -98,6 +98,8 @@ private:
                 return false;
             }
             codePoint = 0x10000 + ((codePoint - 0xD800) << 10) + (low - 0xDC00);
+        } else if (codePoint >= 0xDC00 && codePoint < 0xE000) {
+            return false;
         }
         appendUtf8(value, codePoint);
         return true;

@@ -86,16 +86,22 @@ class Store(TelephoneCase):
 
 
 class Deletion(TelephoneCase):
-    def test_the_deletion_of_one_call_reaches_the_cloud(self):
+    def test_the_deletion_of_one_call_reaches_the_cloud_and_comes_back(self):
         self.start_cloud(calls=3)
         phone = self.start_phone()
-        line, _ = phone.wait_for(full_call_log())
+        line, position = phone.wait_for(full_call_log())
         call_id = line["data"][0].split(",")[1]
         self.assertEqual(0, phone.ctl("call", "deleteCallLogEntry", f"id={call_id}").returncode)
         deletion = [request for request in self.cloud.requests() if request["method"] == "DELETE"]
         self.assertEqual([f"/{self.model}/{self.mac}/restapi/v1.0/account/~/extension/~/call-log/{call_id}"],
                          [request["target"] for request in deletion])
         self.assertNotIn(call_id, [call["id"] for call in self.cloud.calls()])
+        # The deletion itself raises no event; the next full synchronisation comes without the call.
+        self.assertEqual(0, phone.ctl("call", "clearSyncTokens").returncode)
+        self.assertEqual(0, phone.ctl("call", "refreshCallLogEntries").returncode)
+        line, _ = phone.wait_for(full_call_log(), after=position)
+        self.assertEqual(2, len(line["data"]))
+        self.assertNotIn(call_id, [record.split(",")[1] for record in line["data"]])
 
     def test_the_deletion_of_all_calls_comes_back_as_an_empty_full_sync(self):
         self.start_cloud(calls=3)
