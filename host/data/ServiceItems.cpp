@@ -54,6 +54,7 @@ void ServiceItems::setItems(std::vector<Item> items) {
 std::vector<std::string> ServiceItems::keys() {
     const std::lock_guard<std::mutex> lock(m_mutex);
     std::vector<std::string> keys;
+    keys.reserve(m_items.size());
     for (const Item& item : m_items) {
         keys.push_back(item.key);
     }
