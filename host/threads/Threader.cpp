@@ -14,8 +14,13 @@ struct Threader::Representation {
 Threader::Threader() : m_representation(std::make_unique<Representation>()) {}
 
 Threader::~Threader() {
-    for (const unsigned long id : m_representation->ids) {
+    // Threads may spawn others until they end, so the list is read anew after each.
+    for (std::unique_lock<std::mutex> lock(m_representation->mutex); !m_representation->ids.empty();) {
+        const unsigned long id = m_representation->ids.back();
+        m_representation->ids.pop_back();
+        lock.unlock();
         ThreadRegistry::instance().waitFor(id);
+        lock.lock();
     }
 }
 

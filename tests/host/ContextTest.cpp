@@ -232,7 +232,8 @@ TEST_F(Timers, MayBeDeletedAndMadeAnewInTheirOwnExpiry) {
 
     context.startTimer(id);
 
-    EXPECT_EQ((std::vector<int>{id, next}), service.expired(2));
+    const std::vector<int> expired = service.expired(2);
+    EXPECT_EQ((std::vector<int>{id, next}), expired);
 }
 
 TEST_F(Timers, MayBeStartedAgainInTheirOwnExpiry) {

@@ -74,6 +74,91 @@ TEST_F(ServiceObject, RunsWhileItLogsInAndWhenItIsConnected) {
     EXPECT_FALSE(service->isRunning());
 }
 
+TEST_F(ServiceObject, DoesNothingOnEventsOfItsSiblingsThatDoNotConcernIt) {
+    connectWithEmptyCloud();
+    platform.log.clear();
+    CommunicationsServiceEventIfc& communications = *service;
+    TeamServiceEventIfc& team = *service;
+
+    communications.callStateChange();
+    communications.registrationStateChange();
+    communications.incomingCall();
+    communications.incomingPickupCall();
+    communications.callHeld();
+    communications.callRetrieved();
+    communications.featureSuccess();
+    communications.featureFailed();
+    communications.remoteEndpointDetailsChanged();
+    communications.incomingCallMissed();
+    communications.callForwarded();
+    communications.incomingAssociatedCall();
+    communications.messageWaiting();
+    communications.doNotDisturbSet();
+    communications.agentStateSet();
+    communications.securityStatusChanged();
+    communications.callRecordingStatus();
+    communications.preemptionStatusChanged();
+    communications.impactLevelChanged();
+    communications.serverFeatureStatusChange();
+    communications.b2buaCSTAResponse();
+    communications.b2buaCSTAEventOrRequest();
+    communications.conferenceStatusEvent();
+    communications.callCompletionEvent();
+    communications.callCompletionFailedEvent();
+    communications.bluetoothAudioStatusChanged();
+    communications.csCommunicationsServiceEvent();
+
+    team.dssInitiatedCall();
+    team.blfInitiatedCall();
+    team.blfGPUCallFailed();
+    team.bridgeInitiatedCall();
+    team.setOriginatingLine();
+    team.setLineStatus();
+    team.setBLFStatus();
+    team.callPartyChanged();
+    team.allLinesIdle();
+    team.lineBusyRemoteWarning();
+    team.reservationTimeoutWarning();
+    team.reservationFailureWarning();
+    team.urlSendFailure();
+    team.linePreSelectStatus();
+    team.dssFailureWarning();
+    team.convertHoldStatus();
+    team.linePreviewStatus();
+    team.setForwardingAlternativeStatus();
+    team.linePreviewModeEnabled();
+    team.eaCockpitStateChanged();
+    team.callAnswered();
+    team.generateNotificationEvent();
+    team.makeCallRequestForDO();
+    team.callParkedAtParkLocation();
+    team.parkCallRequestStatus();
+    team.showParkedCallInformation();
+    team.showLineKeyCallInformation();
+    team.bmwActionEvent();
+    team.showAllowedBMWModes();
+
+    EXPECT_TRUE(platform.log.lines().empty());
+    EXPECT_TRUE(service->isRunning());
+}
+
+TEST_F(ServiceObject, DoesNothingAsAnExecutableAndAsAValidatorOfSingleItems) {
+    connectWithEmptyCloud();
+    platform.log.clear();
+    ValidatorIfc& validator = *service;
+
+    service->run();
+    service->shutdown();
+    validator.setValidation(true);
+    validator.addItemForValidationAsPartOfGroup("OrvaneApiServerAddress", "host");
+    validator.allowInvalidData(true);
+    validator.clearValidation();
+
+    EXPECT_FALSE(validator.isGroupNeedingValidation("OrvaneApi"));
+    EXPECT_TRUE(platform.log.lines().empty());
+    EXPECT_TRUE(service->isRunning());
+}
+
 TEST_F(ServiceObject, WritesItsNameAndSourceIntoEveryLine) {
     connectWithEmptyCloud();
 
