@@ -453,6 +453,14 @@ private:
 
     // ---- CloudAccess/RestRequest.cpp --------------------------------------------------------------------------
 
+    struct RestAnswer {
+        StatusCode statusCode = HttpClientIfc::STATUS_NONE;
+        std::string responseData;
+    };
+    /// One logical request from its beginning, with nothing to carry over from or to others.
+    bool sendRequest(const std::string& path, HttpClientIfc::HTTPMETHOD method, RestAnswer& answer,
+                     const std::string& body = std::string());
+
     enum class Attempt { NO_CONNECTION, SEND_FAILED, READ_FAILED, ANSWERED };
     /// What one attempt leaves behind for the decision on a follow-up.
     struct FollowUp {
@@ -557,9 +565,7 @@ private:
 
     // ---- Directory/ContactWriteBack.cpp -----------------------------------------------------------------------
 
-    bool sendContactRequest(const std::string& subpath, const std::string& body, HttpClientIfc::HTTPMETHOD method,
-                            std::string& responseData, StatusCode& statusCode);
-    void publishContactAnswer(StatusCode statusCode, std::string& responseData);
+    void publishContactAnswer(RestAnswer& answer);
 
     // ---- Directory/VoicemailReader.cpp ------------------------------------------------------------------------
 

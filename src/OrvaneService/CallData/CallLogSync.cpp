@@ -86,13 +86,9 @@ void OrvaneService::getCallLog(Records& callRecordsVector, bool& fullSync) {
             m_callLogFullSyncPending = false;
         }
     }
-    std::string responseData;
-    Headers requestHeaders;
-    Headers responseHeaders;
-    StatusCode statusCode = HttpClientIfc::STATUS_NONE;
-    if (connectionHandler(path, "", HttpClientIfc::HTTP_GET, responseData, requestHeaders, responseHeaders, statusCode,
-                          "", 0)) {
-        handleCallLogResponse(statusCode, responseData, callRecordsVector, fullSync);
+    RestAnswer answer;
+    if (sendRequest(path, HttpClientIfc::HTTP_GET, answer)) {
+        handleCallLogResponse(answer.statusCode, answer.responseData, callRecordsVector, fullSync);
     } else if (m_webSocketRecoveryTimer == 0) {
         CriticalSection syncToken(m_callLogSyncTokenSem);
         m_callLogSyncToken.clear();

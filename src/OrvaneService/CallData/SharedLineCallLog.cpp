@@ -74,13 +74,9 @@ std::string OrvaneService::prepareBcaCallLogRequest(BcaLineType& line) {
 }
 
 void OrvaneService::downloadBcaCallLog(const std::string& path, BcaLineType& line, Records& callRecordsVector) {
-    std::string responseData;
-    Headers requestHeaders;
-    Headers responseHeaders;
-    StatusCode statusCode = HttpClientIfc::STATUS_NONE;
-    if (connectionHandler(path, "", HttpClientIfc::HTTP_GET, responseData, requestHeaders, responseHeaders, statusCode,
-                          "", 0)) {
-        handleBcaCallLogResponse(statusCode, responseData, line, callRecordsVector);
+    RestAnswer answer;
+    if (sendRequest(path, HttpClientIfc::HTTP_GET, answer)) {
+        handleBcaCallLogResponse(answer.statusCode, answer.responseData, line, callRecordsVector);
     } else if (m_webSocketRecoveryTimer == 0) {
         line.callLogSyncToken.clear();
     }

@@ -17,14 +17,10 @@ bool OrvaneService::getBcaLinesExtension(std::vector<BcaLineType>& removedLines,
         if (nextPage > 0) {
             path += "?page=" + std::to_string(nextPage);
         }
-        std::string responseData;
-        Headers requestHeaders;
-        Headers responseHeaders;
-        StatusCode statusCode = HttpClientIfc::STATUS_NONE;
+        RestAnswer answer;
         // Without an answer for a later page, that page is asked for again at once.
-        if (connectionHandler(path, "", HttpClientIfc::HTTP_GET, responseData, requestHeaders, responseHeaders,
-                              statusCode, "", 0)) {
-            runSync = handleBcaLinesExtension(statusCode, responseData, nextPage, newBcaLineMap);
+        if (sendRequest(path, HttpClientIfc::HTTP_GET, answer)) {
+            runSync = handleBcaLinesExtension(answer.statusCode, answer.responseData, nextPage, newBcaLineMap);
         }
     } while (runSync);
     return mergeBcaLines(newBcaLineMap, removedLines, newLineIds);

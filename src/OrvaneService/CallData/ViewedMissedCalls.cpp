@@ -58,35 +58,27 @@ void OrvaneService::deleteCallLogEntry(const std::string& id) {
         }
     }
     // One request in all cases: to the bare prefix for an unknown id, to both paths in one for an id in two logs.
-    std::string responseData;
-    Headers requestHeaders;
-    Headers responseHeaders;
-    StatusCode statusCode = HttpClientIfc::STATUS_NONE;
-    if (!connectionHandler(path, "", HttpClientIfc::HTTP_DELETE, responseData, requestHeaders, responseHeaders,
-                           statusCode, "", 0)) {
+    RestAnswer answer;
+    if (!sendRequest(path, HttpClientIfc::HTTP_DELETE, answer)) {
         ORVANE_LOG(ERROR, "deleteCallLogEntry() error contacting server");
-    } else if (statusCode == HttpClientIfc::STATUS_NO_CONTENT) {
-        ORVANE_LOG(DEBUG, "deleteCallLogEntry() statusCode[%d] responseData[%s]", static_cast<int>(statusCode),
-                   responseData.c_str());
+    } else if (answer.statusCode == HttpClientIfc::STATUS_NO_CONTENT) {
+        ORVANE_LOG(DEBUG, "deleteCallLogEntry() statusCode[%d] responseData[%s]", static_cast<int>(answer.statusCode),
+                   answer.responseData.c_str());
     } else {
-        ORVANE_LOG(ERROR, "deleteCallLogEntry() statusCode[%d] responseData[%s]", static_cast<int>(statusCode),
-                   responseData.c_str());
+        ORVANE_LOG(ERROR, "deleteCallLogEntry() statusCode[%d] responseData[%s]", static_cast<int>(answer.statusCode),
+                   answer.responseData.c_str());
     }
 }
 
 bool OrvaneService::deleteAllCallLogEntries() {
-    std::string responseData;
-    Headers requestHeaders;
-    Headers responseHeaders;
-    StatusCode statusCode = HttpClientIfc::STATUS_NONE;
-    if (!connectionHandler(m_apiPath + OV_GET_CALL_LOG_PATH, "", HttpClientIfc::HTTP_DELETE, responseData,
-                           requestHeaders, responseHeaders, statusCode, "", 0)) {
+    RestAnswer answer;
+    if (!sendRequest(m_apiPath + OV_GET_CALL_LOG_PATH, HttpClientIfc::HTTP_DELETE, answer)) {
         ORVANE_LOG(ERROR, "deleteAllCallLogEntries() error contacting server");
         return false;
     }
-    if (statusCode != HttpClientIfc::STATUS_NO_CONTENT) {
-        ORVANE_LOG(ERROR, "deleteAllCallLogEntries() statusCode[%d] responseData[%s]", static_cast<int>(statusCode),
-                   responseData.c_str());
+    if (answer.statusCode != HttpClientIfc::STATUS_NO_CONTENT) {
+        ORVANE_LOG(ERROR, "deleteAllCallLogEntries() statusCode[%d] responseData[%s]",
+                   static_cast<int>(answer.statusCode), answer.responseData.c_str());
         return false;
     }
     {

@@ -24,13 +24,9 @@ bool OrvaneService::getToken() {
     m_accessToken.clear();
     m_tokenTimer = stopAndDeleteTimer(m_tokenTimer);
 
-    std::string responseData;
-    Headers requestHeaders;
-    Headers responseHeaders;
-    StatusCode statusCode = HttpClientIfc::STATUS_NONE;
-    const bool obtained = connectionHandler(m_apiPath + OV_GET_TOKEN_PATH, "", HttpClientIfc::HTTP_GET, responseData,
-                                            requestHeaders, responseHeaders, statusCode, "", 0) &&
-                          handleTokenResponse(statusCode, responseData);
+    RestAnswer answer;
+    const bool obtained = sendRequest(m_apiPath + OV_GET_TOKEN_PATH, HttpClientIfc::HTTP_GET, answer) &&
+                          handleTokenResponse(answer.statusCode, answer.responseData);
     int delayMilliseconds = 0;
     if (obtained) {
         m_state = CONNECTED;
@@ -85,13 +81,9 @@ void OrvaneService::getExtension() {
     if (!isRunning()) {
         return;
     }
-    std::string responseData;
-    Headers requestHeaders;
-    Headers responseHeaders;
-    StatusCode statusCode = HttpClientIfc::STATUS_NONE;
-    if (connectionHandler(m_apiPath + OV_GET_EXTENSION_PATH, "", HttpClientIfc::HTTP_GET, responseData, requestHeaders,
-                          responseHeaders, statusCode, "", 0)) {
-        handleExtensionResponse(statusCode, responseData);
+    RestAnswer answer;
+    if (sendRequest(m_apiPath + OV_GET_EXTENSION_PATH, HttpClientIfc::HTTP_GET, answer)) {
+        handleExtensionResponse(answer.statusCode, answer.responseData);
     }
 }
 

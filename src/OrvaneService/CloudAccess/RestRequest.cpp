@@ -18,6 +18,14 @@ constexpr int connectionOptions[] = {36, 37};
 
 } // namespace
 
+bool OrvaneService::sendRequest(const std::string& path, HttpClientIfc::HTTPMETHOD method, RestAnswer& answer,
+                                const std::string& body) {
+    Headers requestHeaders;
+    Headers responseHeaders;
+    return connectionHandler(path, body, method, answer.responseData, requestHeaders, responseHeaders,
+                             answer.statusCode, "", 0);
+}
+
 bool OrvaneService::connectionHandler(const std::string& path, std::string body, HttpClientIfc::HTTPMETHOD method,
                                       std::string& responseData, Headers& requestHeaders, Headers& responseHeaders,
                                       StatusCode& statusCode, std::string redirectionUrl, int requestCount) {

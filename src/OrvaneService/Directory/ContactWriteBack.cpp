@@ -28,16 +28,15 @@ void OrvaneService::addNewContact(const std::string& xmlData) {
         ORVANE_LOG(ERROR, "addNewContact() create contact in JSON format failed!");
         return;
     }
-    std::string responseData;
-    StatusCode statusCode = HttpClientIfc::STATUS_NONE;
-    if (sendContactRequest("", body, HttpClientIfc::HTTP_POST, responseData, statusCode)) {
+    RestAnswer answer;
+    if (sendRequest(m_apiPath + OV_GET_CONTACTS_PATH, HttpClientIfc::HTTP_POST, answer, body)) {
         ORVANE_LOG(DEBUG, "addNewContact() sent to OV successfully! Status code[%d], responseData[%s]",
-                   static_cast<int>(statusCode), responseData.c_str());
-        publishContactAnswer(statusCode, responseData);
+                   static_cast<int>(answer.statusCode), answer.responseData.c_str());
+        publishContactAnswer(answer);
         fireInformUserEvent("OV.Copied.contact.OK", OrvaneServiceTypes::USER_MSG_INFO);
     } else {
         ORVANE_LOG(ERROR, "addNewContact() sent to OV failed! Status code[%d], responseData[%s]",
-                   static_cast<int>(statusCode), responseData.c_str());
+                   static_cast<int>(answer.statusCode), answer.responseData.c_str());
         fireInformUserEvent("OV.Copied.contact.ERROR", OrvaneServiceTypes::USER_MSG_ERROR);
     }
 }
@@ -54,13 +53,12 @@ void OrvaneService::updateEditedContact(const std::string& xmlData) {
         ORVANE_LOG(ERROR, "updateEditedContact() create contact in JSON format failed or empty id!");
         return;
     }
-    std::string responseData;
-    StatusCode statusCode = HttpClientIfc::STATUS_NONE;
-    if (sendContactRequest("/" + id, body, HttpClientIfc::HTTP_PUT, responseData, statusCode)) {
-        publishContactAnswer(statusCode, responseData);
+    RestAnswer answer;
+    if (sendRequest(m_apiPath + OV_GET_CONTACTS_PATH + "/" + id, HttpClientIfc::HTTP_PUT, answer, body)) {
+        publishContactAnswer(answer);
     } else {
         ORVANE_LOG(ERROR, "updateEditedContact() sent to OV failed! Status code[%d], responseData[%s]",
-                   static_cast<int>(statusCode), responseData.c_str());
+                   static_cast<int>(answer.statusCode), answer.responseData.c_str());
     }
 }
 
@@ -70,32 +68,22 @@ void OrvaneService::deleteSingleContact(const std::string& id) {
     if (!isRunning() || !m_sync_phonebook) {
         return;
     }
-    std::string responseData;
-    StatusCode statusCode = HttpClientIfc::STATUS_NONE;
-    if (sendContactRequest("/" + id, "", HttpClientIfc::HTTP_DELETE, responseData, statusCode)) {
+    RestAnswer answer;
+    if (sendRequest(m_apiPath + OV_GET_CONTACTS_PATH + "/" + id, HttpClientIfc::HTTP_DELETE, answer)) {
         ORVANE_LOG(DEBUG, "deleteSingleContact(%s) - sent to OV successfully! Status code[%d], responseData[%s]",
-                   id.c_str(), static_cast<int>(statusCode), responseData.c_str());
-        publishContactAnswer(statusCode, responseData);
+                   id.c_str(), static_cast<int>(answer.statusCode), answer.responseData.c_str());
+        publishContactAnswer(answer);
     } else {
         ORVANE_LOG(ERROR, "deleteSingleContact(%s) - sent to OV failed! Status code[%d], responseData[%s]", id.c_str(),
-                   static_cast<int>(statusCode), responseData.c_str());
+                   static_cast<int>(answer.statusCode), answer.responseData.c_str());
     }
 }
 
-bool OrvaneService::sendContactRequest(const std::string& subpath, const std::string& body,
-                                       HttpClientIfc::HTTPMETHOD method, std::string& responseData,
-                                       StatusCode& statusCode) {
-    Headers requestHeaders;
-    Headers responseHeaders;
-    return connectionHandler(m_apiPath + OV_GET_CONTACTS_PATH + subpath, body, method, responseData, requestHeaders,
-                             responseHeaders, statusCode, "", 0);
-}
-
 /// What the cloud answered goes into the book and to the observers, not what was sent.
-void OrvaneService::publishContactAnswer(StatusCode statusCode, std::string& responseData) {
+void OrvaneService::publishContactAnswer(RestAnswer& answer) {
     Records records;
     bool publishData = false;
-    handlePhonebookRecordResponse(statusCode, responseData, records, publishData);
+    handlePhonebookRecordResponse(answer.statusCode, answer.responseData, records, publishData);
     if (publishData) {
         fireOrvaneIncrementalSyncEvent(records, OrvaneServiceTypes::DATA_PHONEBOOK);
     }

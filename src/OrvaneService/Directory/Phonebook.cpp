@@ -58,17 +58,13 @@ void OrvaneService::downloadPhonebookPages(std::string url, Records& records, bo
             // Page ids pile up behind each other; the server takes the last one.
             url += "&pageId=" + std::to_string(pageId);
         }
-        std::string responseData;
-        Headers requestHeaders;
-        Headers responseHeaders;
-        StatusCode statusCode = HttpClientIfc::STATUS_NONE;
-        if (!connectionHandler(url, "", HttpClientIfc::HTTP_GET, responseData, requestHeaders, responseHeaders,
-                               statusCode, "", 0)) {
+        RestAnswer answer;
+        if (!sendRequest(url, HttpClientIfc::HTTP_GET, answer)) {
             return;
         }
         ORVANE_LOG(DEBUG, "%s - realPath[%s], istatusCode[%d], responseData[%s]", "getPhonebook", url.c_str(),
-                   static_cast<int>(statusCode), responseData.c_str());
-        anotherPage = handlePhonebookResponse(statusCode, responseData, pageId, records, publishData);
+                   static_cast<int>(answer.statusCode), answer.responseData.c_str());
+        anotherPage = handlePhonebookResponse(answer.statusCode, answer.responseData, pageId, records, publishData);
     }
 }
 

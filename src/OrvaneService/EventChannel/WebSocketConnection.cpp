@@ -24,13 +24,9 @@ bool OrvaneService::getWebSocketAccessToken() {
     if (!isRunning()) {
         return false;
     }
-    std::string responseData;
-    Headers requestHeaders;
-    Headers responseHeaders;
-    StatusCode statusCode = HttpClientIfc::STATUS_NONE;
-    return connectionHandler(m_apiPath + "/restapi/oauth/wstoken", "", HttpClientIfc::HTTP_POST, responseData,
-                             requestHeaders, responseHeaders, statusCode, "", 0) &&
-           handleWebSocketAccessTokenResponse(statusCode, responseData);
+    RestAnswer answer;
+    return sendRequest(m_apiPath + "/restapi/oauth/wstoken", HttpClientIfc::HTTP_POST, answer) &&
+           handleWebSocketAccessTokenResponse(answer.statusCode, answer.responseData);
 }
 
 bool OrvaneService::handleWebSocketAccessTokenResponse(StatusCode status, std::string& responseData) {

@@ -30,16 +30,12 @@ void OrvaneService::updateUserPresenceStatus(bool newDndState) {
     if (!synchronised || !OrvaneServiceHelper::createUserPresenseMsg(newDndState, body)) {
         return;
     }
-    std::string responseData;
-    Headers requestHeaders;
-    Headers responseHeaders;
-    StatusCode statusCode = HttpClientIfc::STATUS_NONE;
-    if (connectionHandler(m_apiPath + ownPresencePath, body, HttpClientIfc::HTTP_PUT, responseData, requestHeaders,
-                          responseHeaders, statusCode, "", 0)) {
-        handleServerDndStatusResponse(statusCode, responseData);
+    RestAnswer answer;
+    if (sendRequest(m_apiPath + ownPresencePath, HttpClientIfc::HTTP_PUT, answer, body)) {
+        handleServerDndStatusResponse(answer.statusCode, answer.responseData);
     } else {
         ORVANE_LOG(ERROR, "updateUserPresenceStatus() failed! HTTP status[%d], Error:[%s]",
-                   static_cast<int>(statusCode), responseData.c_str());
+                   static_cast<int>(answer.statusCode), answer.responseData.c_str());
     }
 }
 
@@ -52,18 +48,14 @@ void OrvaneService::getServerDndStatus() {
         }
     }
     const std::string path = m_apiPath + ownPresencePath;
-    std::string responseData;
-    Headers requestHeaders;
-    Headers responseHeaders;
-    StatusCode statusCode = HttpClientIfc::STATUS_NONE;
-    if (connectionHandler(path, "", HttpClientIfc::HTTP_GET, responseData, requestHeaders, responseHeaders, statusCode,
-                          "", 0)) {
+    RestAnswer answer;
+    if (sendRequest(path, HttpClientIfc::HTTP_GET, answer)) {
         ORVANE_LOG(DEBUG, "%s - realPath[%s], statusCode[%d], responseData[%s]", "getServerDndStatus", path.c_str(),
-                   static_cast<int>(statusCode), responseData.c_str());
-        handleServerDndStatusResponse(statusCode, responseData);
+                   static_cast<int>(answer.statusCode), answer.responseData.c_str());
+        handleServerDndStatusResponse(answer.statusCode, answer.responseData);
     } else {
         ORVANE_LOG(ERROR, "getServerDndStatus() - request failed! Status code[%d], response[%s]",
-                   static_cast<int>(statusCode), responseData.c_str());
+                   static_cast<int>(answer.statusCode), answer.responseData.c_str());
     }
     // The map is free during the requests.
     std::vector<std::string> watchedExtensionIds;

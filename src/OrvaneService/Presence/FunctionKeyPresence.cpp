@@ -40,18 +40,14 @@ void OrvaneService::getServerDndStatus(const std::string& extensionId) {
     }
     ORVANE_LOG(STATUS, "getServerDndStatus() - extId[%s]", extensionId.c_str());
     const std::string path = m_apiPath + OV_EXTENSION_PATH + extensionId + "/presence";
-    std::string responseData;
-    Headers requestHeaders;
-    Headers responseHeaders;
-    StatusCode statusCode = HttpClientIfc::STATUS_NONE;
-    if (connectionHandler(path, "", HttpClientIfc::HTTP_GET, responseData, requestHeaders, responseHeaders, statusCode,
-                          "", 0)) {
+    RestAnswer answer;
+    if (sendRequest(path, HttpClientIfc::HTTP_GET, answer)) {
         ORVANE_LOG(DEBUG, "%s - realPath[%s], statusCode[%d], responseData[%s]", "getServerDndStatus", path.c_str(),
-                   static_cast<int>(statusCode), responseData.c_str());
-        handleServerDndStatusBlfResponse(statusCode, responseData);
+                   static_cast<int>(answer.statusCode), answer.responseData.c_str());
+        handleServerDndStatusBlfResponse(answer.statusCode, answer.responseData);
     } else {
         ORVANE_LOG(ERROR, "getServerDndStatus() - request failed for extensionId[%s]! Status code[%d], response[%s]",
-                   extensionId.c_str(), static_cast<int>(statusCode), responseData.c_str());
+                   extensionId.c_str(), static_cast<int>(answer.statusCode), answer.responseData.c_str());
     }
 }
 
