@@ -237,6 +237,25 @@ TEST_F(PollingInterval, ThatChangesWhileNotPollingWaitsForTheNextExpiry) {
     EXPECT_TRUE(platform.context.withDuration(60000).empty());
 }
 
+TEST_F(PollingInterval, ThatIsSetTwiceWhileNotPollingMissesItsTimer) {
+    service->stop();
+    deliver("300");
+
+    deliver("300");
+
+    expectToken();
+    expectExtension();
+    expectGrants();
+    expectIncrementalCallLog("c1", "c2");
+    expectWebSocketToken();
+    service->start();
+    expectIncrementalCallLog("c2", "c3");
+    passSeconds(60);
+    EXPECT_EQ(1u, platform.context.running(60000).size());
+    EXPECT_TRUE(platform.context.withDuration(300000).empty());
+    EXPECT_FALSE(logged(6, "timerEvent() sync interval changed, recreating timer"));
+}
+
 class ConfigurationChange : public ConfigurationItems {
 protected:
     ConfigurationChange() { initialise(); }
