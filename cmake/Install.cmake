@@ -32,3 +32,11 @@ file(RELATIVE_PATH ORVANE_PREFIX_FROM_PKGCONFIG
   ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(cmake/orvane-service.pc.in ${PROJECT_BINARY_DIR}/orvane-service.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/orvane-service.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# The same tree as one archive, named after the processor it is for.
+set(CPACK_GENERATOR TGZ)
+set(CPACK_PACKAGE_NAME orvane-service)
+set(CPACK_PACKAGE_VENDOR "Orvane")
+set(CPACK_PACKAGE_FILE_NAME orvane-service-${PROJECT_VERSION}-${CMAKE_SYSTEM_PROCESSOR})
+set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
+include(CPack)

@@ -1,12 +1,16 @@
 #!/usr/bin/env python3
 """Checks what the built library offers and how it is protected.
 
-usage: check_library.py exports|hardening LIBRARY NM READELF
+usage: check_library.py exports|hardening|shipping LIBRARY NM READELF
 """
 
+import json
+import re
 import subprocess
 import sys
+from pathlib import Path
 
+SIZE_BUDGET_BYTES = 200_000  # stripped, for the telephone's 32-bit processor
 EXPORTS = {"createOrvaneService", "createOrvaneServiceInvoker", "createOrvaneServiceObserverProxy"}
 
 
@@ -51,7 +55,46 @@ def check_hardening(library, _nm, readelf):
         yield "functions have no stack protector"
 
 
-CHECKS = {"exports": check_exports, "hardening": check_hardening}
+def check_shipping(library, nm, readelf):
+    """What goes into the firmware: small, without symbols, its debug information beside it. Prints what it finds."""
+    path = Path(library).resolve()
+    size = path.stat().st_size
+    sections = {match[1]: int(match[2], 16) for match in re.finditer(
+        r"^ *\[ *\d+\] (\S+) +\S+ +[0-9a-f]+ [0-9a-f]+ ([0-9a-f]+)", output(readelf, "--wide", "--sections", library), re.M)}
+    print(f"{path.name}: {size} bytes of {SIZE_BUDGET_BYTES}")
+    for name in (".text", ".rodata", ".data", ".bss"):
+        print(f"  {name:8} {sections.get(name, 0):8} bytes")
+    dynamic = output(readelf, "--wide", "--dynamic", library)
+    print("  needs", ", ".join(re.findall(r"NEEDED.*\[(.*)\]", dynamic)))
+    if size > SIZE_BUDGET_BYTES:
+        yield f"{size - SIZE_BUDGET_BYTES} bytes above the budget"
+    if ".symtab" in sections or ".debug_info" in sections:
+        yield "symbols or debug information were not taken out"
+    if "libOrvaneService.so." not in dynamic.split("(SONAME)")[-1].split("\n")[0]:
+        yield "the soname has no version"
+    for line in output(nm, "-D", "--defined-only", library).splitlines():
+        if line.split()[-2] == "u":
+            yield f"{line.split()[-1]} is unique in the process, so that the library can never be unloaded"
+    yield from check_debug_file(path, sections, readelf)
+    commands = json.loads((path.parents[1] / "compile_commands.json").read_text())
+    for command in commands:
+        if "/src/" in command["file"] and "-D_FORTIFY_SOURCE=2" not in command["command"]:
+            yield f"{Path(command['file']).name} is compiled without fortified functions"
+
+
+def check_debug_file(path, sections, readelf):
+    debug = path.with_name(path.name + ".debug")
+    if ".gnu_debuglink" not in sections or not debug.exists():
+        yield "there is no file with the debug information"
+        return
+    build_ids = [re.search(r"Build ID: (\w+)", output(readelf, "--notes", str(file))) for file in (path, debug)]
+    if None in build_ids or build_ids[0][1] != build_ids[1][1]:
+        yield "the debug information is that of another build"
+    if ".debug_info" not in output(readelf, "--wide", "--sections", str(debug)):
+        yield "the file beside it has no debug information"
+
+
+CHECKS = {"exports": check_exports, "hardening": check_hardening, "shipping": check_shipping}
 
 
 def main():
