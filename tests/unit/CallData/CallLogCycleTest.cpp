@@ -23,9 +23,13 @@ TEST_F(CallLogCycle, RestsBetweenTwoPolls) {
 
 TEST_F(CallLogCycle, StopsPollingWhileItRuns) {
     connectWith({});
+    const int pollingTimer = platform.context.running(60000).at(0);
     expectPoll("c1", "c2").whileAwaited([this] { EXPECT_FALSE(isPolling()); });
 
-    poll();
+    // Before its time, as an event of the provider does it.
+    service->timerEvent(pollingTimer);
+
+    EXPECT_TRUE(isPolling());
 }
 
 TEST_F(CallLogCycle, EndsWhenTheSynchronisationIsSwitchedOff) {

@@ -312,6 +312,8 @@ TEST_F(SessionTest, AnUnknownHeartbeatIsRefused) {
     receive(heartbeatReply("unknown"));
     EXPECT_TRUE(logged(2, "findUuidMessageAndDeleteIt() uuid[unknown] not found!"));
     EXPECT_TRUE(logged(2, "handleMsgHeartbeat() - messageId not found!"));
+    const TestJson::Value metadata = TestJson::parse(R"({"type":"Heartbeat","messageId":"unknown"})");
+    EXPECT_FALSE(service->handleMsgHeartbeat(metadata.get(), nullptr));
 }
 
 TEST_F(SessionTest, AHeartbeatWithoutMetadataOrIdIsRefused) {

@@ -209,8 +209,16 @@ TEST_F(ConfigurationGroup, AResetWritesTheSixItemsInOrder) {
                                                                 {PldsTags::ORVANE_API_VIEWED_MISSED_CALL_IDS, ""},
                                                                 {PldsTags::ORVANE_API_SYNC_DND, "true"}}),
               platform.store.writes);
-    EXPECT_TRUE(logged(4, "resetUserData() stopping and deconfiguring service"));
-    EXPECT_TRUE(logged(4, "resetUserData() clearing configuration"));
+    std::vector<std::string> steps;
+    for (const RecordedLog::Line& line : platform.log.lines()) {
+        if (line.text == "stop()" || line.text.find("resetUserData()") == 0) {
+            EXPECT_EQ(4, line.level);
+            steps.push_back(line.text);
+        }
+    }
+    EXPECT_EQ((std::vector<std::string>{"resetUserData() stopping and deconfiguring service", "stop()",
+                                        "resetUserData() clearing configuration"}),
+              steps);
 }
 
 TEST_F(ConfigurationGroup, AResetIsRecordedInTheSecurityLog) {
