@@ -18,6 +18,7 @@ ARROWS = {
     "tests/support": {"include", "platform"},
     "tests/support/telephone": {"tests/support", "src", "include", "platform"},
     "tests/unit": {"tests/support", "tests/support/telephone", "src", "include", "platform"},
+    "tests/abi": {"tests/support", "src", "include", "platform"},
     "tests/fuzz": {"tests/support", "tests/support/telephone", "src", "include", "platform"},
     "tests/host": {"host", "tools/orvane-phone", "tools/events", "include", "platform"},
     "tools/orvane-cloud": {"cloudsim"},

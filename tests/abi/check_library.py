@@ -36,12 +36,15 @@ def check_hardening(library, _nm, readelf):
     for fields in segments:
         if fields and fields[0] in ("GNU_RELRO", "GNU_STACK"):
             flags[fields[0]] = "".join(fields[6:-1])
+    print("  segments", ", ".join(f"{name} {access}" for name, access in sorted(flags.items())))
     if "GNU_RELRO" not in flags:
         yield "relocations stay writable (no RELRO)"
     if "GNU_STACK" not in flags or "E" in flags["GNU_STACK"]:
         yield "the stack is executable"
 
     dynamic = output(readelf, "--wide", "--dynamic", library)
+    for fact in re.findall(r"\((SONAME|FLAGS|FLAGS_1)\) +(.*)", dynamic):
+        print(" ", *fact)
     if "BIND_NOW" not in dynamic and "Flags: NOW" not in dynamic:
         yield "symbols are bound lazily (no BIND_NOW)"
     if "TEXTREL" in dynamic:
@@ -51,7 +54,9 @@ def check_hardening(library, _nm, readelf):
     if "(RPATH)" in dynamic or "(RUNPATH)" in dynamic:
         yield "libraries are looked for in a path of the building machine"
 
-    if "__stack_chk_fail" not in output(readelf, "--wide", "--dyn-syms", library):
+    needed = re.findall(r"UND (__stack_chk_fail|__\w+_chk)\b", output(readelf, "--wide", "--dyn-syms", library))
+    print("  guards called:", ", ".join(sorted(set(needed))) or "none")
+    if "__stack_chk_fail" not in needed:
         yield "functions have no stack protector"
 
 
@@ -70,6 +75,11 @@ def check_shipping(library, nm, readelf):
         yield f"{size - SIZE_BUDGET_BYTES} bytes above the budget"
     if ".symtab" in sections or ".debug_info" in sections:
         yield "symbols or debug information were not taken out"
+    if "ELF32" in output(readelf, "--file-header", library):
+        found = "__time64" in output(readelf, "--wide", "--dyn-syms", library)
+        print("  times have", 64 if found else 32, "bits")
+        if not found:
+            yield "times end in 2038"
     if "libOrvaneService.so." not in dynamic.split("(SONAME)")[-1].split("\n")[0]:
         yield "the soname has no version"
     for line in output(nm, "-D", "--defined-only", library).splitlines():

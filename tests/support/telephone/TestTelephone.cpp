@@ -1,16 +1,7 @@
 #include "TestTelephone.h"
 
+#include "SemaphoreNames.h"
 #include "utilities/Serializer.h"
-
-namespace {
-
-const std::vector<std::string> semaphoreNames = {
-    "m_callLogSem",           "m_connectionSem",         "m_uuidMessagesSem",      "m_subscriptionIdSem",
-    "m_telephonySessionsSem", "m_recoverWebSocketSem",   "m_webSocketStateSem",    "m_callLogSyncTokenSem",
-    "m_callLogResponseSem",   "m_phonebookSyncTokenSem", "m_phonebookResponseSem", "m_dndSem",
-    "m_fpkPresenceMapSem",    "m_observersSem",          "m_bcaLineListSem"};
-
-} // namespace
 
 TestTelephone::TestTelephone() {
     platform.store.set(PldsTags::INTERFACE_STATUS, "up");
@@ -24,7 +15,7 @@ TestTelephone::TestTelephone() {
 TestTelephone::~TestTelephone() = default;
 
 void TestTelephone::nameSemaphoresOfNextService() {
-    platform.locks.nameNext(semaphoreNames);
+    platform.locks.nameNext(SemaphoreNames::ofService());
 }
 
 void TestTelephone::TearDown() {

@@ -36,6 +36,13 @@ protected:
     bool deleted = false;
 };
 
+TEST_F(CallLogRecord, KeepsTimesBeyondTheLastSecondOf32Bits) {
+    Call call;
+    call.startTime = "2038-01-19T03:14:08.000Z";
+    ASSERT_TRUE(read(call));
+    EXPECT_NE(std::string::npos, record.find(",2038-01-19T03:14:08.000Z,")) << record;
+}
+
 TEST_F(CallLogRecord, IsEightFieldsInBracesWithoutAnyQuoting) {
     Call call;
     call.id = "4711";
