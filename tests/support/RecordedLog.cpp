@@ -7,6 +7,14 @@
 #include <cstdarg>
 #include <cstdio>
 
+void RecordedLog::add(Line line) {
+    if (divertedTo) {
+        divertedTo(line);
+    } else {
+        m_lines.push_back(std::move(line));
+    }
+}
+
 int RecordedLog::count(int lineLevel, const std::string& text) const {
     return static_cast<int>(std::count_if(m_lines.begin(), m_lines.end(), [&](const Line& line) {
         return line.level == lineLevel && line.text == text;

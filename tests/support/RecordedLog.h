@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -13,11 +14,14 @@ public:
         std::string text;
     };
 
+    /// Takes each line instead of the record.
+    std::function<void(const Line&)> divertedTo;
+
     /// The most detailed level that is written; lines beyond it are neither built nor recorded.
     int level = 6;
 
     const std::vector<Line>& lines() const { return m_lines; }
-    void add(Line line) { m_lines.push_back(std::move(line)); }
+    void add(Line line);
     void clear() { m_lines.clear(); }
 
     /// How many lines of that level have exactly this text.

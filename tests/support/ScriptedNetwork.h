@@ -81,6 +81,8 @@ public:
                      const std::string& body = std::string());
     Exchange& expectGet(const std::string& target) { return expect(HttpClientIfc::HTTP_GET, target); }
 
+    /// Answers what no expectation was made for; without it such a request fails the test.
+    std::function<void(const Request&, Exchange&)> answersUnexpected;
     bool connectFails = false;
     std::vector<std::string> connects; ///< URLs, failed ones too
     std::vector<int> clients;          ///< argument of setupClient, for each establisher

@@ -22,7 +22,12 @@ void TestThreads::run(unsigned long id) {
     const Job job = m_pending.at(id);
     m_pending.erase(id);
     m_running.push_back(id);
-    job.runner(job.argument);
+    try {
+        job.runner(job.argument);
+    } catch (...) {
+        m_running.pop_back();
+        throw;
+    }
     m_running.pop_back();
 }
 
