@@ -30,6 +30,12 @@ install(FILES ${PROJECT_BINARY_DIR}/OrvaneServiceConfig.cmake ${PROJECT_BINARY_D
 # Relative to the file itself, so that the tree may be moved.
 file(RELATIVE_PATH ORVANE_PREFIX_FROM_PKGCONFIG
   ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+get_target_property(definitions orvane-platform INTERFACE_COMPILE_DEFINITIONS)
+set(ORVANE_PKGCONFIG_DEFINITIONS)
+if(definitions)
+  list(TRANSFORM definitions PREPEND " -D")
+  list(JOIN definitions "" ORVANE_PKGCONFIG_DEFINITIONS)
+endif()
 configure_file(cmake/orvane-service.pc.in ${PROJECT_BINARY_DIR}/orvane-service.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/orvane-service.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 

@@ -15,7 +15,7 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE BOTH)
 set(ENV{PKG_CONFIG_LIBDIR} ${ORVANE_ARM_SYSROOT}/usr/lib/arm-linux-gnueabihf/pkgconfig)
 set(ENV{PKG_CONFIG_SYSROOT_DIR} ${ORVANE_ARM_SYSROOT})
 
-# 64-bit file offsets and times: the library works beyond 2038. The ABI notes concern compilers before GCC 7.
+# 64-bit file offsets and times: the library works beyond 2038, and so does a consumer of its headers. The ABI notes concern compilers before GCC 7.
 set(CMAKE_CXX_FLAGS_INIT "-D_FILE_OFFSET_BITS=64 -D_TIME_BITS=64 -Wno-psabi -I${ORVANE_ARM_SYSROOT}/usr/include")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-L${ORVANE_ARM_SYSROOT}/usr/lib/arm-linux-gnueabihf")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "-L${ORVANE_ARM_SYSROOT}/usr/lib/arm-linux-gnueabihf")
