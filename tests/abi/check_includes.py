@@ -19,7 +19,7 @@ ARROWS = {
     "tests/support/telephone": {"tests/support", "src", "include", "platform"},
     "tests/unit": {"tests/support", "tests/support/telephone", "src", "include", "platform"},
     "tests/abi": {"tests/support", "src", "include", "platform"},
-    "tests/fuzz": {"tests/support", "tests/support/telephone", "src", "include", "platform"},
+    "tests/fuzz": {"tests/unit", "host", "tests/support", "tests/support/telephone", "src", "include", "platform"},
     "tests/system": {"host", "include", "platform"},
     "tests/host": {"host", "tools/orvane-phone", "tools/events", "include", "platform"},
     "tools/orvane-cloud": {"cloudsim"},
