@@ -184,20 +184,19 @@ class Secrets(TelephoneCase):
 
 
 class Tls(TelephoneCase):
-    def assert_refused(self):
-        phone = self.start_phone(log_level=3)
-        phone.wait_for(is_token_failure)
-        phone.program.wait_for_error_line(r"connectionHandler\(\) no connection possible")
-
-    def test_a_certificate_of_another_authority_is_refused(self):
-        self.start_cloud(calls=1)
-        self.cloud.tls("untrusted")
-        self.assert_refused()
-
-    def test_a_certificate_for_another_host_is_refused(self):
-        self.start_cloud(calls=1)
-        self.cloud.tls("wrong-host")
-        self.assert_refused()
+    def test_every_bad_presentation_is_refused_with_one_line(self):
+        for profile in ("untrusted", "wrong-host", "expired", "not-yet-valid", "self-signed", "tls1.1"):
+            with self.subTest(profile=profile):
+                self.start_cloud(calls=1)
+                self.cloud.tls(profile)
+                phone = self.start_phone(log_level=3)
+                phone.wait_for(is_token_failure)
+                phone.program.wait_for_error_line(r"connectionHandler\(\) no connection possible")
+                refusals = [line for line in phone.program.errors().splitlines() if " refused" in line]
+                self.assertEqual(1, len(refusals), phone.program.errors())
+                self.assertEqual([], self.cloud.requests())
+                phone.program.stop()
+                self.cloud.program.stop()
 
 
 if __name__ == "__main__":
