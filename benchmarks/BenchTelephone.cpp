@@ -1,0 +1,60 @@
+#include "BenchTelephone.h"
+
+#include "Bodies.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+BenchTelephone::BenchTelephone() {
+    platform.log.level = 2;
+    subscribeAll();
+    service->subscribe(&m_observer);
+}
+
+BenchTelephone::~BenchTelephone() {
+    service.reset();
+}
+
+std::size_t BenchTelephone::takeCallLog(std::string& body) {
+    const std::size_t before = m_observer.records;
+    std::vector<std::string> records;
+    bool fullSync = false;
+    service->handleCallLogResponse(HttpClientIfc::STATUS_OK, body, records, fullSync);
+    service->publishCallLog(records, fullSync);
+    return m_observer.records - before;
+}
+
+std::size_t BenchTelephone::takePhonebookPage(std::string& body) {
+    const std::size_t before = m_observer.records;
+    std::vector<std::string> records;
+    int nextPageId = 0;
+    bool publish = false;
+    service->handlePhonebookResponse(HttpClientIfc::STATUS_OK, body, nextPageId, records, publish);
+    if (publish) {
+        service->fireOrvaneIncrementalSyncEvent(records, OrvaneServiceTypes::DATA_PHONEBOOK);
+    }
+    return m_observer.records - before;
+}
+
+void BenchTelephone::takeFrame(const std::string& frame) {
+    service->onMessage(frame);
+}
+
+void BenchTelephone::requireTaken(const std::string& frame) {
+    platform.log.level = 6;
+    clearRecords();
+    takeFrame(frame);
+    const bool dispatched = platform.log.hasBeginning(6, "onMessage()") && !platform.log.contains("unsupported");
+    clearRecords();
+    platform.log.level = 2;
+    if (!dispatched) {
+        throw std::runtime_error("the presence frame was not taken");
+    }
+}
+
+void BenchTelephone::loadCalls(int count) {
+    for (int first = 0; first < count; first += 100) {
+        std::string body = Bodies::callLog(first, std::min(100, count - first));
+        takeCallLog(body);
+    }
+}
