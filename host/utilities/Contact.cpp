@@ -5,6 +5,7 @@
 
 std::string Contact::serialize() const {
     std::string text;
+    text.reserve(256); // what most contacts need
     for (const ContactField& field : contactFields) {
         text += text.empty() ? '{' : ',';
         JsonText::appendString(text, field.key);

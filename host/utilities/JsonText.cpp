@@ -44,12 +44,25 @@ std::size_t sequenceLength(const std::string& text, std::size_t position) {
     return length;
 }
 
+bool needsEscape(char character) {
+    return character == '"' || character == '\\' || static_cast<unsigned char>(character) < 0x20;
+}
+
 } // namespace
 
 void appendString(std::string& out, const std::string& text) {
     out += '"';
-    for (const char character : text) {
-        switch (character) {
+    for (std::size_t position = 0; position < text.size(); ++position) {
+        // Most texts need no escape: they are appended as a whole.
+        const std::size_t plainBegin = position;
+        while (position < text.size() && !needsEscape(text[position])) {
+            ++position;
+        }
+        out.append(text, plainBegin, position - plainBegin);
+        if (position == text.size()) {
+            break;
+        }
+        switch (const char character = text[position]) {
         case '"':
             out += "\\\"";
             break;
@@ -66,13 +79,9 @@ void appendString(std::string& out, const std::string& text) {
             out += "\\t";
             break;
         default:
-            if (static_cast<unsigned char>(character) < 0x20) {
-                std::array<char, 8> escape{};
-                std::snprintf(escape.data(), escape.size(), "\\u%04x", static_cast<unsigned>(character));
-                out += escape.data();
-            } else {
-                out += character;
-            }
+            std::array<char, 8> escape{};
+            std::snprintf(escape.data(), escape.size(), "\\u%04x", static_cast<unsigned>(character));
+            out += escape.data();
         }
     }
     out += '"';
@@ -81,16 +90,18 @@ void appendString(std::string& out, const std::string& text) {
 std::string validUtf8(const std::string& text) {
     std::string valid;
     valid.reserve(text.size());
+    std::size_t copied = 0;
     for (std::size_t position = 0; position < text.size();) {
         const std::size_t length = sequenceLength(text, position);
         if (length == 0) {
+            valid.append(text, copied, position - copied);
             valid += "\xEF\xBF\xBD";
-            ++position;
+            copied = ++position;
         } else {
-            valid.append(text, position, length);
             position += length;
         }
     }
+    valid.append(text, copied, std::string::npos);
     return valid;
 }
 

@@ -30,7 +30,8 @@ struct CallDetails {
 /// What the direction decides.
 struct CallView {
     std::string callType = "Unknown";
-    std::string number = unknownNumber;
+    std::string number;
+    bool hasOtherParty = false; ///< without one the number is unknown; an empty number is a number
     std::string name;
     std::string lineTag;
 };
@@ -51,6 +52,7 @@ void readParties(json_t*& record, const char* otherParty, const char* ownParty, 
     if (OrvaneServiceHelper::getObjectFromJson(record, party, otherParty)) {
         view.name = OrvaneServiceHelper::getNameFromInfoObject(party);
         view.number = OrvaneServiceHelper::getNumberFromInfoObject(party);
+        view.hasOtherParty = true;
     }
     if (isBcaLine && OrvaneServiceHelper::getObjectFromJson(record, party, ownParty)) {
         view.lineTag = OrvaneServiceHelper::getNameFromInfoObject(party);
@@ -121,6 +123,9 @@ bool OrvaneServiceHelper::getCallLogRecordFromObject(std::string& recordString, 
         readParties(record, OV_TO, OV_FROM, isBcaLine, view);
     } else if (details.direction == "Inbound") {
         readInbound(record, details, isBcaLine, missedIds, view);
+    }
+    if (!view.hasOtherParty) {
+        view.number = unknownNumber;
     }
     if (view.name.empty()) {
         view.name = unknownName;

@@ -104,9 +104,9 @@ std::string OrvaneServiceHelper::getNameFromInfoObject(json_t*& info) {
 }
 
 std::string OrvaneServiceHelper::getNumberFromInfoObject(json_t*& info) {
-    std::string number = "Caller.Unknown.XXX";
-    if (!getStringFromJson(info, number, OV_PHONE_NUMBER)) {
-        getStringFromJson(info, number, OV_EXTENSION_NUMBER);
+    std::string number;
+    if (!getStringFromJson(info, number, OV_PHONE_NUMBER) && !getStringFromJson(info, number, OV_EXTENSION_NUMBER)) {
+        number = "Caller.Unknown.XXX";
     }
     return number;
 }

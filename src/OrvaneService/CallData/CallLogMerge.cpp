@@ -57,13 +57,14 @@ void OrvaneService::mergeCallLogRecords(json_t* root, Records& callRecordsVector
     }
     IdSet missedIds;
     bool lastDialledNumberOpen = true;
+    // Outside of the loop, so that one record's buffers serve the next.
+    std::string record;
+    std::string id;
+    std::string callType;
+    std::string number;
+    std::string telephonySessionId;
     for (std::size_t index = 0; index < json_array_size(records); ++index) {
         json_t* element = json_array_get(records, index);
-        std::string record;
-        std::string id;
-        std::string callType;
-        std::string number;
-        std::string telephonySessionId;
         bool deleted = false;
         if (!OrvaneServiceHelper::getCallLogRecordFromObject(record, id, callType, number, element, missedIds, deleted,
                                                              std::string(), telephonySessionId, false)) {
@@ -72,6 +73,8 @@ void OrvaneService::mergeCallLogRecords(json_t* root, Records& callRecordsVector
         mergeCallRecord(id, record, deleted, callRecordsVector);
         storeLastDialledNumber(callType, number, deleted, lastDialledNumberOpen);
         forgetPendingSession("handleCallLogResponse()", telephonySessionId);
+        // The tree gives up what is merged, so that both are not in memory in full.
+        json_array_set_new(records, index, json_null());
     }
     // Two blanks in the line: the operation brings one of its own.
     confirmViewedMissedCalls("handleCallLogResponse() ", missedIds, m_callLogMap);
