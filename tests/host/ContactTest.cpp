@@ -9,6 +9,8 @@
 
 namespace {
 
+using namespace std::string_literals;
+
 std::string utf8(unsigned codePoint) {
     std::string text;
     if (codePoint < 0x80) {
@@ -68,7 +70,7 @@ TEST(ContactText, KeepsEveryCodePoint) {
 }
 
 TEST(ContactText, KeepsQuotesBackslashesLineBreaksAndControlCharacters) {
-    const std::string name = std::string("a\"b\\c\nd\re\tf\0g\x01h\x1fi\x7fj/", 22);
+    const std::string name = "a\"b\\c\nd\re\tf\0g\x01h\x1fi\x7fj/"s;
 
     EXPECT_EQ(name, firstNameReadBack(name));
 }
