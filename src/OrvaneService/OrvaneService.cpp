@@ -17,8 +17,11 @@ Service* createOrvaneService() {
     return service.release();
 }
 
-OrvaneService::OrvaneService(ServiceDataManagerIfc* dataManager, ThreaderIfc* threader)
-    : m_pDataManager(dataManager), m_pThreader(threader) {}
+OrvaneService::OrvaneService(ServiceDataManagerIfc* dataManager, ThreaderIfc* threader) {
+    // Taken over last: until every member is made, and none can throw any more, both are the caller's.
+    m_pDataManager.reset(dataManager);
+    m_pThreader.reset(threader);
+}
 
 OrvaneService::~OrvaneService() {
     stop();

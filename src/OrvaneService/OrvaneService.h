@@ -85,7 +85,7 @@ public:
         WS_STATE_SENDING_RECOVERY_BUFFER = 4,
     };
 
-    /// Owns both arguments.
+    /// Owns both arguments, unless it throws.
     OrvaneService(ServiceDataManagerIfc* dataManager, ThreaderIfc* threader);
 
     // ---- Virtual operations, in slot order -------------------------------------------------------------------

@@ -7,13 +7,19 @@
 
 #include <algorithm>
 
+namespace {
+
+constexpr const char* unnamed = "a semaphore of the test";
+
+} // namespace
+
 void LockDiscipline::nameNext(std::vector<std::string> names) {
     m_names.assign(names.begin(), names.end());
 }
 
 std::string LockDiscipline::takeName() {
     if (m_names.empty()) {
-        return "a semaphore of the test";
+        return unnamed;
     }
     std::string name = m_names.front();
     m_names.pop_front();
@@ -45,9 +51,15 @@ void LockDiscipline::taken(const std::string& semaphore) {
         }
     }
     m_held.push_back(semaphore);
+    if (m_keepsHistory) {
+        m_history.push_back("take " + semaphore);
+    }
 }
 
 void LockDiscipline::given(const std::string& semaphore) {
+    if (m_keepsHistory) {
+        m_history.push_back("give " + semaphore);
+    }
     const auto last = std::find(m_held.rbegin(), m_held.rend(), semaphore);
     if (last != m_held.rend()) {
         m_held.erase(std::next(last).base());
@@ -67,6 +79,13 @@ void LockDiscipline::checkSleep() {
         EXPECT_TRUE(m_allowedAcrossRequests.count(semaphore) != 0 || m_allowedLeftTaken.count(semaphore) != 0)
             << semaphore << " is held across a sleep";
     }
+}
+
+void LockDiscipline::checkConnectionUse() {
+    const auto guards = [](const std::string& semaphore) {
+        return semaphore == "m_connectionSem" || semaphore == unnamed;
+    };
+    EXPECT_TRUE(std::any_of(m_held.begin(), m_held.end(), guards)) << "the connection is used without its semaphore";
 }
 
 void LockDiscipline::checkNothingHeld() {
@@ -90,6 +109,7 @@ Semaphore::Semaphore(int initialCount, int maximumCount, bool reentrant)
     m_representation->count = initialCount;
     m_representation->maximum = maximumCount;
     m_representation->reentrant = reentrant;
+    TestPlatform::current().locks.made.push_back({m_representation->name, initialCount, maximumCount, reentrant});
 }
 
 Semaphore::~Semaphore() = default;

@@ -19,7 +19,8 @@ public:
 /// Knows who holds which semaphore and fails the test when an order or a rule is broken:
 /// - the documented orders, and no two orders that could wait for each other;
 /// - m_callLogSyncTokenSem and m_callLogResponseSem never together;
-/// - across a request nothing but m_connectionSem, across a sleep nothing at all (but for named exemptions).
+/// - across a request nothing but m_connectionSem, across a sleep nothing at all (but for named exemptions);
+/// - the connection is never touched without m_connectionSem.
 class LockDiscipline {
 public:
     /// The semaphores that are built next take these names, in order.
@@ -31,18 +32,35 @@ public:
     /// A semaphore that is left taken on purpose.
     void allowLeftTaken(const std::string& semaphore) { m_allowedLeftTaken.insert(semaphore); }
 
+    /// How a semaphore was built.
+    struct Made {
+        std::string name;
+        int initialCount;
+        int maximumCount;
+        bool reentrant;
+    };
+    std::vector<Made> made;
+
     void taken(const std::string& semaphore);
     void given(const std::string& semaphore);
 
     void checkRequest();
     void checkSleep();
+    /// The connection, and what belongs to it, is touched under its semaphore only.
+    void checkConnectionUse();
     /// To be called between driven events: nobody holds anything.
     void checkNothingHeld();
 
     const std::vector<std::string>& held() const { return m_held; }
 
+    /// Every take and give from now on, in order, such as "take m_dndSem", "give m_dndSem".
+    void keepHistory() { m_keepsHistory = true; }
+    const std::vector<std::string>& history() const { return m_history; }
+
 private:
     std::deque<std::string> m_names;
+    bool m_keepsHistory = false;
+    std::vector<std::string> m_history;
     std::vector<std::string> m_held; ///< in the order of taking; a re-entrant one as often as it is taken
     std::set<std::pair<std::string, std::string>> m_orders;
     std::set<std::string> m_allowedAcrossRequests;

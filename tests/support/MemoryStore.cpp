@@ -39,6 +39,9 @@ bool MemoryStore::readData(ManageableData& data) {
 }
 
 bool MemoryStore::writeData(ManageableData& data) {
+    if (whileWriting) {
+        whileWriting();
+    }
     std::vector<std::string> keys;
     data.getRootIds(keys);
     for (const std::string& key : keys) {

@@ -3,6 +3,7 @@
 #include "SiblingService.h"
 #include "data/LocalMgmtIfc.h"
 
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -30,6 +31,7 @@ public:
     std::set<std::string> withoutValue;                      ///< items that are not present at all
     std::vector<std::vector<std::string>> reads;             ///< keys of each read
     std::vector<std::pair<std::string, std::string>> writes; ///< what the service wrote, refused writes too
+    std::function<void()> whileWriting;                      ///< runs inside every write
     std::vector<std::string> observed;
     std::vector<int> storageAreas;
 

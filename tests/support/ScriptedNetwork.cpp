@@ -74,8 +74,12 @@ public:
     }
     ~ScriptedConnection() override { --TestPlatform::current().network.connectionsAlive; }
 
-    bool isOpen() override { return *m_open; }
+    bool isOpen() override {
+        TestPlatform::current().locks.checkConnectionUse();
+        return *m_open;
+    }
     void close() override {
+        TestPlatform::current().locks.checkConnectionUse();
         *m_open = false;
         ++TestPlatform::current().network.closes;
     }
@@ -99,10 +103,15 @@ SecureConnectionEstablisher::SecureConnectionEstablisher(CertificateMgmtSvcIfc* 
     : m_representation(std::make_unique<Representation>()) {
     TestPlatform& platform = TestPlatform::current();
     platform.locks.checkRequest();
+    platform.locks.checkConnectionUse();
     platform.certificatesUsed.push_back(certificates);
 }
 
-SecureConnectionEstablisher::~SecureConnectionEstablisher() = default;
+SecureConnectionEstablisher::~SecureConnectionEstablisher() {
+    TestPlatform& platform = TestPlatform::current();
+    platform.locks.checkConnectionUse();
+    EXPECT_EQ(0, platform.network.clientsAlive) << "a client outlives its connection";
+}
 
 void SecureConnectionEstablisher::setupClient(CertificateMgmt::eInterface client) {
     TestPlatform::current().network.clients.push_back(client);
@@ -144,6 +153,7 @@ struct HttpClient::Representation {
     std::string contentType;
     std::unique_ptr<Exchange> exchange;
     std::size_t chunksRead = 0;
+    bool answerRead = false; ///< the answer's headers are known
     std::string noLocation;
 
     eResult resultAfterPart() const {
@@ -154,9 +164,13 @@ struct HttpClient::Representation {
     }
 };
 
-HttpClient::HttpClient() : m_representation(std::make_unique<Representation>()) {}
+HttpClient::HttpClient() : m_representation(std::make_unique<Representation>()) {
+    EXPECT_EQ(1, ++TestPlatform::current().network.clientsAlive) << "one attempt at a time";
+}
 
-HttpClient::~HttpClient() = default;
+HttpClient::~HttpClient() {
+    --TestPlatform::current().network.clientsAlive;
+}
 
 void HttpClient::setServer(const std::string& name, const std::string& port) {
     m_representation->serverName = name;
@@ -176,6 +190,7 @@ HttpClientIfc::eResult HttpClient::send(SecureConnection* connection, HTTPMETHOD
         ADD_FAILURE() << "send without a connection: " << target;
         return FAILURE;
     }
+    EXPECT_EQ(nullptr, m_representation->exchange) << "a client serves one attempt";
     EXPECT_EQ(scripted->server, m_representation->serverName);
     EXPECT_EQ("443", m_representation->serverPort);
     EXPECT_EQ(7, connectionKind);
@@ -200,6 +215,7 @@ HttpClientIfc::eResult HttpClient::readResponse(SecureConnection* connection, st
     if (exchange.during) {
         exchange.during();
     }
+    m_representation->answerRead = true;
     statusCode = static_cast<eStatusCode>(exchange.status);
     responseData = exchange.responseBody;
     headers = exchange.responseHeaders;
@@ -221,9 +237,9 @@ HttpClientIfc::eResult HttpClient::readMore(SecureConnection*, std::string& chun
 }
 
 const std::string& HttpClient::getLocation() const {
-    return m_representation->exchange ? m_representation->exchange->location : m_representation->noLocation;
+    return m_representation->answerRead ? m_representation->exchange->location : m_representation->noLocation;
 }
 
 int HttpClient::getRetryAfter() const {
-    return m_representation->exchange ? m_representation->exchange->retryAfterSeconds : -1;
+    return m_representation->answerRead ? m_representation->exchange->retryAfterSeconds : -1;
 }

@@ -90,6 +90,7 @@ public:
     std::vector<int> readLimits;
     std::vector<Request> requests;
     int connectionsAlive = 0;
+    int clientsAlive = 0;
     int closes = 0; ///< connections that the service closed
 
     std::size_t expectedCount() const { return m_expected.size(); }

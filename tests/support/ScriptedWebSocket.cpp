@@ -27,6 +27,9 @@ void WebSocketThread::stop() {
     ScriptedWebSocket& webSocket = TestPlatform::current().webSocket;
     ++webSocket.stops;
     webSocket.running = false;
+    if (webSocket.whileStopping) {
+        webSocket.whileStopping();
+    }
 }
 
 void WebSocketThread::terminate() {

@@ -19,7 +19,8 @@ public:
     bool running = false; ///< instance() gives this object
     ThreaderIfc* threader = nullptr;
     WebSocketAppIfc* app = nullptr;
-    std::function<void()> whileSending; ///< runs inside every send, for what happens to a connection meanwhile
+    std::function<void()> whileStopping; ///< runs inside every stop
+    std::function<void()> whileSending;  ///< runs inside every send, for what happens to a connection meanwhile
 
     void send(const std::string& message) override {
         frames.push_back(message);

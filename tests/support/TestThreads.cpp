@@ -5,6 +5,7 @@
 #include "threads/Threader.h"
 
 #include <algorithm>
+#include <new>
 
 void TestThreads::runNext() {
     if (!m_pending.empty()) {
@@ -67,7 +68,13 @@ void TestThreads::waitForAllOf(const void* threader) {
 
 struct Threader::Representation {};
 
-Threader::Threader() : m_representation(std::make_unique<Representation>()) {}
+Threader::Threader() : m_representation(std::make_unique<Representation>()) {
+    int& left = TestPlatform::current().threads.threadersLeft;
+    if (left == 0) {
+        throw std::bad_alloc();
+    }
+    left -= left > 0 ? 1 : 0;
+}
 
 Threader::~Threader() {
     TestPlatform::current().threads.waitForAllOf(this);

@@ -23,6 +23,7 @@ public:
 
     bool runAtSpawn = false; ///< run a job as soon as it is made
     bool refuse = false;     ///< no thread can be made
+    int threadersLeft = -1;  ///< so many more threaders can be made; -1 for any number
     std::vector<unsigned long> waitedFor;
     std::vector<unsigned long> waitedForItself;
     std::vector<Job> spawned; ///< all that were ever made

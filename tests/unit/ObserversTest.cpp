@@ -221,6 +221,20 @@ TEST_F(Observers, AreCalledUnderTheirSemaphore) {
     EXPECT_EQ(Batch{"m_observersSem"}, held);
 }
 
+TEST_F(Observers, AreAddedRemovedAndCountedUnderTheirSemaphore) {
+    platform.locks.keepHistory();
+
+    service->subscribe(&observer);
+    service->getNoOfObservers();
+    service->unsubscribe(&observer);
+
+    EXPECT_EQ((Batch{"take m_observersSem", "give m_observersSem", "take m_callLogSyncTokenSem",
+                     "give m_callLogSyncTokenSem", "take m_bcaLineListSem", "give m_bcaLineListSem",
+                     "take m_phonebookSyncTokenSem", "give m_phonebookSyncTokenSem", "take m_observersSem",
+                     "give m_observersSem", "take m_observersSem", "give m_observersSem"}),
+              platform.locks.history());
+}
+
 TEST_F(Observers, WhoSubscribeInsideACallAreCalledToo) {
     observer.reaction = [this](Batch&) { service->subscribe(&second); };
     service->subscribe(&observer);

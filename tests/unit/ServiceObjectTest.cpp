@@ -1,5 +1,9 @@
+#include "SemaphoreNames.h"
 #include "TestTelephone.h"
 #include "data/ManageableData.h"
+
+#include <new>
+#include <set>
 
 namespace {
 
@@ -212,6 +216,35 @@ TEST_F(ServiceObject, HasSlotsThatDoNothing) {
     EXPECT_TRUE(platform.log.lines().empty());
     EXPECT_TRUE(platform.context.calls.empty());
     EXPECT_TRUE(platform.store.writes.empty());
+}
+
+TEST_F(ServiceObject, HasFifteenSemaphoresOfWhichSevenMayBeTakenAgain) {
+    const std::set<std::string> reentrant = {"m_callLogSem",    "m_callLogResponseSem", "m_phonebookResponseSem",
+                                             "m_dndSem",        "m_fpkPresenceMapSem",  "m_observersSem",
+                                             "m_bcaLineListSem"};
+    const std::vector<std::string>& names = SemaphoreNames::ofService();
+
+    ASSERT_EQ(15u, platform.locks.made.size());
+    for (std::size_t index = 0; index < names.size(); ++index) {
+        const LockDiscipline::Made& made = platform.locks.made[index];
+        EXPECT_EQ(names[index], made.name);
+        EXPECT_EQ(1, made.initialCount) << made.name;
+        EXPECT_EQ(1, made.maximumCount) << made.name;
+        EXPECT_EQ(reentrant.count(made.name) == 1, made.reentrant) << made.name;
+    }
+}
+
+TEST_F(ServiceObject, ThatCannotBeMadeLeavesNothingBehind) {
+    // One threader is the service's own argument, six belong to its worker threads.
+    for (int threaders = 0; threaders < 7; ++threaders) {
+        platform.dataManager.calls.clear();
+        platform.threads.threadersLeft = threaders;
+
+        EXPECT_THROW(createOrvaneService(), std::bad_alloc);
+
+        EXPECT_EQ(std::vector<std::string>{"destroyed"}, platform.dataManager.calls) << threaders << " threaders";
+    }
+    platform.threads.threadersLeft = -1;
 }
 
 TEST_F(ServiceObject, AsksForNoThreadOfItsOwn) {

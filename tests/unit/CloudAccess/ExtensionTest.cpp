@@ -161,6 +161,9 @@ TEST_F(User, ThatIsTheSameKeepsAllData) {
 TEST_F(User, ThatHasChangedBeginsAnew) {
     withObserver();
     answerId("1");
+    observer.reaction = [this](std::vector<std::string>&) {
+        EXPECT_TRUE(logged(4, "stop()")) << "the service stops before its data go";
+    };
     expectToken();
     expectExtension().answers(200, R"({"id":2})");
     expectToken();

@@ -244,6 +244,17 @@ TEST_F(Initialisation, HandsItsThreaderToTheWebSocket) {
     EXPECT_FALSE(platform.log.contains("alocate thread"));
 }
 
+TEST_F(Initialisation, HandsItsThreaderToTheWebSocketBeforeALoginCouldOpenOne) {
+    platform.threads.runAtSpawn = true;
+    expectToken().whileAwaited([this] { EXPECT_NE(nullptr, platform.webSocket.threader); });
+    expectExtension();
+    expectGrants();
+
+    initialise();
+
+    EXPECT_TRUE(service->isRunning());
+}
+
 TEST_F(Initialisation, MakesAThreaderWhenItHasNone) {
     nameSemaphoresOfNextService();
     OrvaneService without(new ServiceDataManager, nullptr);

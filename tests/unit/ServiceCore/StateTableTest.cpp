@@ -217,6 +217,23 @@ TEST_F(StateTable, AnAcceptedGroupBeforeTheFirstLoginMakesItThatOfANewUser) {
     EXPECT_EQ(CONNECTED, state());
 }
 
+TEST_F(StateTable, AnAcceptedGroupBeforeTheFirstLoginForgetsTheViewedCallsInTheStoreToo) {
+    platform.store.set(PldsTags::ORVANE_API_VIEWED_MISSED_CALL_IDS, "\"7\"");
+    configuredOnInit();
+    platform.threads.refuse = false;
+    ASSERT_TRUE(service->isMissedCallViewed("7"));
+    std::vector<std::string> held;
+    platform.store.whileWriting = [&] { held = platform.locks.held(); };
+
+    deliverGroup();
+    expectLogin();
+    runThreads();
+
+    EXPECT_FALSE(service->isMissedCallViewed("7"));
+    EXPECT_EQ("", platform.store.get(PldsTags::ORVANE_API_VIEWED_MISSED_CALL_IDS));
+    EXPECT_EQ(std::vector<std::string>{"m_callLogSem"}, held);
+}
+
 // ---- The same trigger in every state -----------------------------------------------------------------------------
 
 TEST_P(EveryState, OnlyStartAndConnectedAreRunning) {

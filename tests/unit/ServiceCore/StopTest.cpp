@@ -1,11 +1,60 @@
 #include "unit/EventChannel/ChannelTelephone.h"
 
+#include <algorithm>
+
 using namespace CloudAnswers;
 using namespace OrvaneServiceTypes;
 
 namespace {
 
-class Stop : public ChannelTelephone {};
+class Stop : public ChannelTelephone {
+protected:
+    using Order = std::vector<std::string>;
+
+    /// From now on `order` tells what stop does, across log, timers and channel. Of the lines only its own and those of
+    /// its steps count.
+    void recordOrder() {
+        platform.log.divertedTo = [this](const RecordedLog::Line& line) {
+            takeTimerCalls();
+            for (const char* beginning : {"stop()", "clearSecureConnection()", "setWebSocketState()"}) {
+                if (line.text.rfind(beginning, 0) == 0) {
+                    order.push_back(line.text);
+                }
+            }
+        };
+        platform.webSocket.whileStopping = [this] {
+            takeTimerCalls();
+            order.push_back("the channel stops");
+        };
+    }
+    static void add(Order& expected, const std::vector<int>& stoppedTimers) {
+        for (const int id : stoppedTimers) {
+            expected.push_back("stop " + std::to_string(id));
+        }
+    }
+    static void addDeletion(Order& expected, const std::vector<int>& deletedTimers) {
+        for (const int id : deletedTimers) {
+            add(expected, {id});
+            expected.push_back("delete " + std::to_string(id));
+        }
+    }
+    int tokenTimer() {
+        for (const int duration : timers().runningDurations()) {
+            if (duration >= 3240000) {
+                return runningTimer(duration);
+            }
+        }
+        return 0;
+    }
+
+    Order order;
+
+private:
+    void takeTimerCalls() {
+        order.insert(order.end(), timers().calls.begin(), timers().calls.end());
+        timers().calls.clear();
+    }
+};
 
 TEST_F(Stop, EndsEveryTimerButTheRestart) {
     withObserver();
@@ -24,6 +73,55 @@ TEST_F(Stop, EndsEveryTimerButTheRestart) {
     EXPECT_EQ(1u, platform.context.withDuration(10000).size());
     EXPECT_TRUE(platform.context.withDuration(54000).empty()) << "the others are deleted";
     EXPECT_TRUE(platform.context.withDuration(600).empty());
+}
+
+TEST_F(Stop, EndsEverythingInItsFixedOrder) {
+    subscribeAll();
+    withObserver();
+    service->refreshVoicemailEntries();
+    service->refreshPhonebookEntries();
+    service->refreshCallLogEntries();
+    interfaceChanges("down");
+    service->onClose(0, 1006, "lost");
+    const int token = tokenTimer();
+    const int renewal = runningTimer(renewalMilliseconds);
+    const int restoration = runningTimer(restoreMilliseconds);
+    const int idle = runningTimer(idleMilliseconds);
+    const int heartbeat = timers().withDuration(heartbeatMilliseconds).at(0);
+    const int recovery = runningTimer(interfaceRecoveryMilliseconds);
+    clearRecords();
+    recordOrder();
+
+    service->stop();
+
+    Order expected = {"stop()", "clearSecureConnection() force[true] m_secureConnEstablisher[(nil)]"};
+    add(expected, {timers().withDuration(pollingMilliseconds).at(0),
+                   timers().withDuration(callRecordMilliseconds).at(0), timers().withDuration(1000).at(1)});
+    addDeletion(expected, {renewal, token, restoration});
+    expected.insert(expected.end(), {"stop() - stop refresh call log thread", "stop() - stop refresh phonebook thread",
+                                     "stop() - stop refresh voicemail thread"});
+    addDeletion(expected, {idle, heartbeat, recovery});
+    expected.insert(expected.end(),
+                    {"the channel stops", "setWebSocketState() change the web socket state from 3 to 0"});
+    EXPECT_EQ(expected, order);
+}
+
+TEST_F(Stop, WaitsForALoginBeforeTheOtherWorkers) {
+    withPhonebook();
+    initialise();
+    service->refreshVoicemailEntries();
+    service->refreshPhonebookEntries();
+    service->refreshCallLogEntries();
+    std::vector<unsigned long> workers;
+    for (const std::size_t index : {0, 3, 2, 1}) {
+        workers.push_back(platform.threads.spawned.at(index).id);
+    }
+    platform.threads.waitedFor.clear();
+    expectToken().answers(500, "");
+
+    service->stop();
+
+    EXPECT_EQ(workers, platform.threads.waitedFor);
 }
 
 TEST_F(Stop, LeavesTheRestartRunning) {
@@ -194,6 +292,9 @@ protected:
         }
         return types;
     }
+    static std::vector<std::string> lastOf(const std::vector<std::string>& all, std::size_t count) {
+        return {all.end() - static_cast<std::ptrdiff_t>(std::min(count, all.size())), all.end()};
+    }
     void pollAndRefresh() {
         service->refreshPhonebookEntries();
         runThreads();
@@ -290,6 +391,59 @@ TEST_F(Deletion, OfTheTokensHoldsAgainstAnAnswerOnItsWay) {
     passSeconds(60);
     expectIncrementalCallLog("c3", "c4");
     passSeconds(60);
+}
+
+TEST_F(Deletion, TakesEachSemaphoreForItsOwnStep) {
+    connectWithData();
+    std::vector<std::string> heldWhileSaving;
+    platform.store.whileWriting = [&] { heldWhileSaving = platform.locks.held(); };
+    platform.locks.keepHistory();
+
+    service->deleteAllData(true);
+
+    EXPECT_EQ((std::vector<std::string>{"take m_bcaLineListSem", "give m_bcaLineListSem", "take m_callLogSem",
+                                        "give m_callLogSem", "take m_callLogSyncTokenSem", "give m_callLogSyncTokenSem",
+                                        "take m_observersSem", "give m_observersSem", "take m_observersSem",
+                                        "give m_observersSem"}),
+              platform.locks.history());
+    EXPECT_EQ(std::vector<std::string>{"m_callLogSem"}, heldWhileSaving);
+}
+
+TEST_F(Deletion, WithoutAServerForgetsTheDndStatusUnderItsSemaphore) {
+    connectWithData();
+    platform.dataManager.deliver(PldsTags::ORVANE_API_SERVER_ADDRESS, "");
+    platform.dataManager.deliver(PldsTags::ORVANE_API_SERVER_ADDRESS, "");
+    platform.locks.keepHistory();
+
+    service->deleteAllData(false);
+
+    EXPECT_EQ((std::vector<std::string>{"take m_dndSem", "give m_dndSem"}), lastOf(platform.locks.history(), 2));
+}
+
+TEST_F(Deletion, ByADeconfigurationComesInTheStateDeconfigured) {
+    connectWithData();
+    platform.dataManager.deliver(PldsTags::ORVANE_API_SERVER_ADDRESS, "other.example");
+    observer.reaction = [this](std::vector<std::string>&) {
+        EXPECT_FALSE(service->isRunning());
+        service->asyncLogin();
+    };
+
+    service->deconfigure();
+
+    EXPECT_EQ(2, platform.log.count(5, "asyncLogin() ignored. m_ov_server_type[true] m_interface_status[true] "
+                                       "m_state[DECONFIGURED]"));
+}
+
+TEST_F(Deletion, OfTheTokensTakesTheirSemaphoresOneAfterTheOther) {
+    connectWithData();
+    platform.locks.keepHistory();
+
+    service->clearSyncTokens();
+
+    EXPECT_EQ((std::vector<std::string>{"take m_callLogSyncTokenSem", "give m_callLogSyncTokenSem",
+                                        "take m_bcaLineListSem", "give m_bcaLineListSem",
+                                        "take m_phonebookSyncTokenSem", "give m_phonebookSyncTokenSem"}),
+              platform.locks.history());
 }
 
 class Reload : public TestTelephone {};
