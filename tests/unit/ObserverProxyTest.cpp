@@ -108,6 +108,7 @@ TEST_F(ObserverProxy, OfANewProxyHasNoRequestBound) {
     dynamic_cast<OrvaneServiceObserverProxy&>(*unbound).orvaneEvent(EVENT_TOKEN_FAILED);
 
     EXPECT_TRUE(request.sent.empty());
+    EXPECT_TRUE(platform.log.has(2, "orvaneEvent() proxy is not bound to a request"));
 }
 
 } // namespace

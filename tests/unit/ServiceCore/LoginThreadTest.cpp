@@ -1,5 +1,7 @@
 #include "TestTelephone.h"
 
+#include <stdexcept>
+
 namespace {
 
 class LoginThread : public TestTelephone {};
@@ -137,6 +139,21 @@ TEST_F(LoginThread, KeepsItsFlagWhenItsStartIsRefused) {
 
     platform.store.change(PldsTags::INTERFACE_STATUS, "up");
 
+    EXPECT_TRUE(logged(2, "asyncLogin() thread is already running!"));
+    EXPECT_EQ(1u, platform.threads.spawned.size());
+}
+
+TEST_F(LoginThread, ThatARedirectionToNowhereEndsLeavesItsFlagAndTheStateStart) {
+    initialise();
+    expectToken().redirectsTo(302, "https://other");
+    EXPECT_THROW(runThreads(), std::out_of_range);
+    EXPECT_TRUE(service->isRunning());
+    EXPECT_TRUE(platform.context.runningDurations().empty()) << "nothing renews the login";
+
+    platform.store.change(PldsTags::INTERFACE_STATUS, "down");
+    platform.store.change(PldsTags::INTERFACE_STATUS, "up");
+
+    EXPECT_FALSE(service->isRunning());
     EXPECT_TRUE(logged(2, "asyncLogin() thread is already running!"));
     EXPECT_EQ(1u, platform.threads.spawned.size());
 }
