@@ -51,22 +51,36 @@ void LockDiscipline::taken(const std::string& semaphore) {
         }
     }
     m_held.push_back(semaphore);
-    if (m_keepsHistory) {
-        m_history.push_back("take " + semaphore);
-    }
+    addToTrace(semaphore + "{");
 }
 
 void LockDiscipline::given(const std::string& semaphore) {
-    if (m_keepsHistory) {
-        m_history.push_back("give " + semaphore);
-    }
     const auto last = std::find(m_held.rbegin(), m_held.rend(), semaphore);
     if (last != m_held.rend()) {
         m_held.erase(std::next(last).base());
     }
+    if (m_keepsTrace) {
+        m_trace += "}";
+    }
+}
+
+void LockDiscipline::keepTrace() {
+    m_keepsTrace = true;
+    m_trace.clear();
+}
+
+void LockDiscipline::addToTrace(const std::string& step) {
+    if (!m_keepsTrace) {
+        return;
+    }
+    if (!m_trace.empty() && m_trace.back() != '{') {
+        m_trace += " ";
+    }
+    m_trace += step;
 }
 
 void LockDiscipline::checkRequest() {
+    addToTrace("request");
     for (const std::string& semaphore : m_held) {
         EXPECT_TRUE(semaphore == "m_connectionSem" || m_allowedAcrossRequests.count(semaphore) != 0 ||
                     m_allowedLeftTaken.count(semaphore) != 0)

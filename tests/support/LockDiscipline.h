@@ -53,14 +53,17 @@ public:
 
     const std::vector<std::string>& held() const { return m_held; }
 
-    /// Every take and give from now on, in order, such as "take m_dndSem", "give m_dndSem".
-    void keepHistory() { m_keepsHistory = true; }
-    const std::vector<std::string>& history() const { return m_history; }
+    /// Starts a trace: what is taken and given back from now on, in one line:
+    /// "m_outerSem{m_innerSem{write}} m_connectionSem{request}".
+    void keepTrace();
+    const std::string& trace() const { return m_trace; }
+    /// Something that the platform was asked for.
+    void addToTrace(const std::string& step);
 
 private:
     std::deque<std::string> m_names;
-    bool m_keepsHistory = false;
-    std::vector<std::string> m_history;
+    bool m_keepsTrace = false; ///< off by default: long runs would fill the memory
+    std::string m_trace;
     std::vector<std::string> m_held; ///< in the order of taking; a re-entrant one as often as it is taken
     std::set<std::pair<std::string, std::string>> m_orders;
     std::set<std::string> m_allowedAcrossRequests;

@@ -1,5 +1,6 @@
 #include "MemoryStore.h"
 
+#include "TestPlatform.h"
 #include "data/ManageableData.h"
 #include "data/MgmtAgentIfc.h"
 #include "data/PldsTags.h"
@@ -48,6 +49,7 @@ bool MemoryStore::writeData(ManageableData& data) {
         std::string value;
         data.interogate(key, value);
         writes.emplace_back(key, value);
+        TestPlatform::current().locks.addToTrace("write");
         if (!refuseWrites) {
             m_values[key] = value;
         }

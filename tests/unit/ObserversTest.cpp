@@ -222,17 +222,15 @@ TEST_F(Observers, AreCalledUnderTheirSemaphore) {
 }
 
 TEST_F(Observers, AreAddedRemovedAndCountedUnderTheirSemaphore) {
-    platform.locks.keepHistory();
+    platform.locks.keepTrace();
 
     service->subscribe(&observer);
     service->getNoOfObservers();
     service->unsubscribe(&observer);
 
-    EXPECT_EQ((Batch{"take m_observersSem", "give m_observersSem", "take m_callLogSyncTokenSem",
-                     "give m_callLogSyncTokenSem", "take m_bcaLineListSem", "give m_bcaLineListSem",
-                     "take m_phonebookSyncTokenSem", "give m_phonebookSyncTokenSem", "take m_observersSem",
-                     "give m_observersSem", "take m_observersSem", "give m_observersSem"}),
-              platform.locks.history());
+    EXPECT_EQ("m_observersSem{} m_callLogSyncTokenSem{} m_bcaLineListSem{} m_phonebookSyncTokenSem{} m_observersSem{} "
+              "m_observersSem{}",
+              platform.locks.trace());
 }
 
 TEST_F(Observers, WhoSubscribeInsideACallAreCalledToo) {

@@ -196,6 +196,52 @@ TEST_F(CallLogAnswers, MayCreateChangeAndDeleteOneRecordInOneBatch) {
     EXPECT_EQ((Batch{received(call("1")), received(changed), "1", received(call("1"))}), incrementalBatch());
 }
 
+TEST_F(CallLogAnswers, ForgetADeletedRecordSoThatItCanComeAnew) {
+    connectWith({call("1")});
+    expectPoll("c1", "c2", {call("1").gone()});
+    poll();
+    expectPoll("c2", "c3", {call("1")});
+
+    poll();
+
+    EXPECT_EQ((Batch{received(call("1"))}), incrementalBatch());
+}
+
+TEST_F(CallLogAnswers, KeepAChangedRecordAsItIsNow) {
+    connectWith({call("1")});
+    Call changed = call("1");
+    changed.durationSeconds = 3;
+    expectPoll("c1", "c2", {changed});
+    poll();
+    expectPoll("c2", "c3", {changed});
+    poll();
+    EXPECT_EQ(Batch(), incrementalBatch());
+
+    expectPoll("c3", "c4", {call("1")});
+    poll();
+
+    EXPECT_EQ((Batch{received(call("1"))}), incrementalBatch()) << "the former text is a change again";
+}
+
+TEST_F(CallLogAnswers, AreMergedOneRecordAfterTheOtherEachWithAllThatFollowsFromIt) {
+    connectWith({});
+    platform.log.clear();
+    expectPoll("c1", "c2", {dialledCall("1", "+111"), call("2")});
+
+    poll();
+
+    std::vector<std::string> steps;
+    for (const auto& line : platform.log.lines()) {
+        for (const char* step : {"create new entry", "setPLDSValue()", "m_callLogMap.size"}) {
+            if (line.text.find(step) != std::string::npos) {
+                steps.push_back(step);
+            }
+        }
+    }
+    EXPECT_EQ((std::vector<std::string>{"create new entry", "setPLDSValue()", "create new entry", "m_callLogMap.size"}),
+              steps);
+}
+
 TEST_F(CallLogAnswers, ToAFullRequestReplaceWhatIsThere) {
     connectWith({call("1"), call("2")});
     service->clearSyncTokens();

@@ -145,6 +145,17 @@ TEST_F(Refresh, DoesNothingWhileTheCycleRuns) {
     runThreads();
 }
 
+TEST_F(Refresh, DoesNotKeepTheCycleFromRunning) {
+    connectWith({});
+    service->refreshCallLogEntries();
+    expectPoll("c1", "c2");
+
+    poll();
+
+    expectPoll("c2", "c3");
+    runThreads();
+}
+
 TEST_F(Refresh, ThatCannotBeMadeIsLoggedAndMayBeTriedAgain) {
     connectWith({});
     platform.threads.refuse = true;

@@ -100,6 +100,17 @@ TEST_F(PhonebookSync, EmptiesTheBookBeforeAFullOne) {
     EXPECT_EQ(1u, bookSize());
 }
 
+TEST_F(PhonebookSync, StoresItsTokenEvenIfTheTokensWereClearedMeanwhile) {
+    connectWith({contact(1)});
+    expectPage(since("p1"), addressBook("p2", {})).whileAwaited([this] { service->clearSyncTokens(); });
+    refresh();
+
+    expectPage(since("p2"), addressBook("p3", {}));
+    refresh();
+
+    EXPECT_EQ(1u, bookSize());
+}
+
 TEST_F(PhonebookSync, SendsNothingWhenItIsSwitchedOff) {
     platform.store.set(PldsTags::ORVANE_API_SYNC_PHONEBOOK, "false");
     connectWithEmptyCloud();

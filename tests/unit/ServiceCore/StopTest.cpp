@@ -292,9 +292,6 @@ protected:
         }
         return types;
     }
-    static std::vector<std::string> lastOf(const std::vector<std::string>& all, std::size_t count) {
-        return {all.end() - static_cast<std::ptrdiff_t>(std::min(count, all.size())), all.end()};
-    }
     void pollAndRefresh() {
         service->refreshPhonebookEntries();
         runThreads();
@@ -395,29 +392,25 @@ TEST_F(Deletion, OfTheTokensHoldsAgainstAnAnswerOnItsWay) {
 
 TEST_F(Deletion, TakesEachSemaphoreForItsOwnStep) {
     connectWithData();
-    std::vector<std::string> heldWhileSaving;
-    platform.store.whileWriting = [&] { heldWhileSaving = platform.locks.held(); };
-    platform.locks.keepHistory();
+    platform.locks.keepTrace();
 
     service->deleteAllData(true);
 
-    EXPECT_EQ((std::vector<std::string>{"take m_bcaLineListSem", "give m_bcaLineListSem", "take m_callLogSem",
-                                        "give m_callLogSem", "take m_callLogSyncTokenSem", "give m_callLogSyncTokenSem",
-                                        "take m_observersSem", "give m_observersSem", "take m_observersSem",
-                                        "give m_observersSem"}),
-              platform.locks.history());
-    EXPECT_EQ(std::vector<std::string>{"m_callLogSem"}, heldWhileSaving);
+    EXPECT_EQ("m_bcaLineListSem{} m_callLogSem{write} m_callLogSyncTokenSem{} m_observersSem{} m_observersSem{}",
+              platform.locks.trace());
 }
 
 TEST_F(Deletion, WithoutAServerForgetsTheDndStatusUnderItsSemaphore) {
     connectWithData();
     platform.dataManager.deliver(PldsTags::ORVANE_API_SERVER_ADDRESS, "");
     platform.dataManager.deliver(PldsTags::ORVANE_API_SERVER_ADDRESS, "");
-    platform.locks.keepHistory();
+    platform.locks.keepTrace();
 
     service->deleteAllData(false);
 
-    EXPECT_EQ((std::vector<std::string>{"take m_dndSem", "give m_dndSem"}), lastOf(platform.locks.history(), 2));
+    EXPECT_EQ(
+        "m_bcaLineListSem{} m_callLogSem{write} m_callLogSyncTokenSem{} m_observersSem{} m_observersSem{} m_dndSem{}",
+        platform.locks.trace());
 }
 
 TEST_F(Deletion, ByADeconfigurationComesInTheStateDeconfigured) {
@@ -436,14 +429,11 @@ TEST_F(Deletion, ByADeconfigurationComesInTheStateDeconfigured) {
 
 TEST_F(Deletion, OfTheTokensTakesTheirSemaphoresOneAfterTheOther) {
     connectWithData();
-    platform.locks.keepHistory();
+    platform.locks.keepTrace();
 
     service->clearSyncTokens();
 
-    EXPECT_EQ((std::vector<std::string>{"take m_callLogSyncTokenSem", "give m_callLogSyncTokenSem",
-                                        "take m_bcaLineListSem", "give m_bcaLineListSem",
-                                        "take m_phonebookSyncTokenSem", "give m_phonebookSyncTokenSem"}),
-              platform.locks.history());
+    EXPECT_EQ("m_callLogSyncTokenSem{} m_bcaLineListSem{} m_phonebookSyncTokenSem{}", platform.locks.trace());
 }
 
 class Reload : public TestTelephone {};
