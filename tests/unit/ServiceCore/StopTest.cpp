@@ -408,9 +408,7 @@ TEST_F(Deletion, WithoutAServerForgetsTheDndStatusUnderItsSemaphore) {
 
     service->deleteAllData(false);
 
-    EXPECT_EQ(
-        "m_bcaLineListSem{} m_callLogSem{write} m_callLogSyncTokenSem{} m_observersSem{} m_observersSem{} m_dndSem{}",
-        platform.locks.trace());
+    EXPECT_EQ("m_dndSem{}", platform.locks.trace());
 }
 
 TEST_F(Deletion, ByADeconfigurationComesInTheStateDeconfigured) {
