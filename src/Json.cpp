@@ -2,8 +2,6 @@
 
 #include "Log.h"
 
-#include <cstdlib>
-
 namespace OrvaneJson {
 
 Value parse(const char* operation, const std::string& text) {
@@ -17,8 +15,12 @@ Value parse(const char* operation, const std::string& text) {
 }
 
 std::string dump(const json_t* value) {
-    const std::unique_ptr<char, decltype(&std::free)> text(json_dumps(value, 0), &std::free);
-    return text ? std::string(text.get()) : std::string();
+    // Not json_dumps(): when its buffer cannot grow it leaves a key out and goes on.
+    std::string text(json_dumpb(value, nullptr, 0, 0), '\0');
+    if (json_dumpb(value, text.data(), text.size(), 0) != text.size()) {
+        text.clear();
+    }
+    return text;
 }
 
 bool isAnswerComplete(const char* operation, int statusCode, const std::string& responseData) {
