@@ -14,6 +14,10 @@ Value parse(const char* operation, const std::string& text) {
     return root;
 }
 
+Value parseAnswer(const char* operation, int statusCode, const std::string& responseData) {
+    return isAnswerComplete(operation, statusCode, responseData) ? parse(operation, responseData) : nullptr;
+}
+
 std::string dump(const json_t* value) {
     // Not json_dumps(): when its buffer cannot grow it leaves a key out and goes on.
     std::string text(json_dumpb(value, nullptr, 0, 0), '\0');

@@ -18,6 +18,9 @@ using Value = std::unique_ptr<json_t, Release>;
 /// Parses a response body. A failure is logged in the name of `operation`; the result is then null.
 Value parse(const char* operation, const std::string& text);
 
+/// The same behind isAnswerComplete(): what the body of a successful exchange holds, null for any other.
+Value parseAnswer(const char* operation, int statusCode, const std::string& responseData);
+
 /// Text of a value with the dump flags 0, empty when there is none.
 std::string dump(const json_t* value);
 

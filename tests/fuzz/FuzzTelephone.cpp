@@ -77,11 +77,14 @@ void FuzzTelephone::answer(const ScriptedNetwork::Request& request, Exchange& ex
     if (tampering) {
         tampering(request, exchange);
     }
+    const std::size_t host = exchange.location.rfind("//");
+    m_redirectedToNowhere |= host != std::string::npos && exchange.location.find('/', host + 2) == std::string::npos;
 }
 
 void FuzzTelephone::drive(const std::function<void()>& action) {
     m_requests = 0;
     m_lines = 0;
+    m_redirectedToNowhere = false;
     const auto hasNetwork = [this] {
         return platform.store.get(PldsTags::INTERFACE_STATUS) == "up" &&
                platform.store.get(PldsTags::SERVER_TYPE) == "7";
@@ -98,8 +101,12 @@ void FuzzTelephone::drive(const std::function<void()>& action) {
             std::fprintf(stderr, "a loop without end\n");
             std::abort();
         }
-    } catch (const std::out_of_range&) {
+    } catch (const std::out_of_range& exception) {
         // A Location without a path, which the platform's thread boundary catches.
+        if (!m_redirectedToNowhere) {
+            std::fprintf(stderr, "%s\n", exception.what());
+            std::abort();
+        }
     }
     platform.locks.checkNothingHeld();
 }

@@ -46,6 +46,7 @@ private:
     void TestBody() override {}
     void answer(const ScriptedNetwork::Request& request, Exchange& exchange);
 
+    bool m_redirectedToNowhere = false; ///< in the action at hand
     std::size_t m_requests = 0;
     std::size_t m_lines = 0;
 };

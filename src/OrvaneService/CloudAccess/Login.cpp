@@ -55,10 +55,7 @@ int OrvaneService::tokenRenewalDelayMilliseconds() const {
 }
 
 bool OrvaneService::handleTokenResponse(StatusCode status, std::string& responseData) {
-    if (!OrvaneJson::isAnswerComplete("handleTokenResponse", status, responseData)) {
-        return false;
-    }
-    const OrvaneJson::Value tree = OrvaneJson::parse("handleTokenResponse", responseData);
+    const OrvaneJson::Value tree = OrvaneJson::parseAnswer("handleTokenResponse", status, responseData);
     if (!tree) {
         return false;
     }
@@ -88,10 +85,7 @@ void OrvaneService::getExtension() {
 }
 
 void OrvaneService::handleExtensionResponse(StatusCode status, std::string& responseData) {
-    if (!OrvaneJson::isAnswerComplete("handleExtensionResponse", status, responseData)) {
-        return;
-    }
-    const OrvaneJson::Value tree = OrvaneJson::parse("handleExtensionResponse", responseData);
+    const OrvaneJson::Value tree = OrvaneJson::parseAnswer("handleExtensionResponse", status, responseData);
     if (!tree) {
         return;
     }

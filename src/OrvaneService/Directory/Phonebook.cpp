@@ -70,10 +70,7 @@ void OrvaneService::downloadPhonebookPages(std::string url, Records& records, bo
 
 bool OrvaneService::handlePhonebookResponse(StatusCode statusCode, std::string& response, int& nextPageId,
                                             Records& records, bool& publishData) {
-    if (!OrvaneJson::isAnswerComplete("handlePhonebookResponse", statusCode, response)) {
-        return false;
-    }
-    const OrvaneJson::Value tree = OrvaneJson::parse("handlePhonebookResponse", response);
+    const OrvaneJson::Value tree = OrvaneJson::parseAnswer("handlePhonebookResponse", statusCode, response);
     if (!tree) {
         return false;
     }
@@ -131,10 +128,7 @@ bool OrvaneService::storePhonebookSyncToken(json_t* root, int& nextPageId, bool&
 
 bool OrvaneService::handlePhonebookRecordResponse(StatusCode statusCode, std::string& response, Records& records,
                                                   bool& publishData) {
-    if (!OrvaneJson::isAnswerComplete("handlePhonebookRecordResponse", statusCode, response)) {
-        return false;
-    }
-    const OrvaneJson::Value tree = OrvaneJson::parse("handlePhonebookRecordResponse", response);
+    const OrvaneJson::Value tree = OrvaneJson::parseAnswer("handlePhonebookRecordResponse", statusCode, response);
     if (!tree) {
         return false;
     }

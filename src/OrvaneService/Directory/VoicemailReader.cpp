@@ -23,10 +23,7 @@ std::string nameInParentheses(const std::string& name) {
 } // namespace
 
 bool OrvaneService::handleVoicemailResponse(StatusCode statusCode, std::string& response, Voicemail& voicemail) {
-    if (!OrvaneJson::isAnswerComplete("handleVoicemailResponse", statusCode, response)) {
-        return false;
-    }
-    const OrvaneJson::Value tree = OrvaneJson::parse("handleVoicemailResponse", response);
+    const OrvaneJson::Value tree = OrvaneJson::parseAnswer("handleVoicemailResponse", statusCode, response);
     if (!tree) {
         return false;
     }

@@ -30,10 +30,7 @@ bool OrvaneService::getWebSocketAccessToken() {
 }
 
 bool OrvaneService::handleWebSocketAccessTokenResponse(StatusCode status, std::string& responseData) {
-    if (!OrvaneJson::isAnswerComplete("handleWebSocketAccessTokenResponse", status, responseData)) {
-        return false;
-    }
-    const OrvaneJson::Value tree = OrvaneJson::parse("handleWebSocketAccessTokenResponse", responseData);
+    const OrvaneJson::Value tree = OrvaneJson::parseAnswer("handleWebSocketAccessTokenResponse", status, responseData);
     if (!tree) {
         return false;
     }

@@ -79,10 +79,7 @@ bool OrvaneService::handleServerDndStatusResponse(StatusCode statusCode, std::st
         ORVANE_LOG(ERROR, "handleServerDndStatusResponse() - server DND disabled!");
         return false;
     }
-    if (!OrvaneJson::isAnswerComplete("handleServerDndStatusResponse", statusCode, response)) {
-        return false;
-    }
-    const OrvaneJson::Value tree = OrvaneJson::parse("handleServerDndStatusResponse", response);
+    const OrvaneJson::Value tree = OrvaneJson::parseAnswer("handleServerDndStatusResponse", statusCode, response);
     if (!tree) {
         return false;
     }

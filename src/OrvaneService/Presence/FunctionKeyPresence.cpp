@@ -56,10 +56,7 @@ bool OrvaneService::handleServerDndStatusBlfResponse(StatusCode statusCode, std:
     ORVANE_LOG(STATUS, "handleServerDndStatusBlfResponse() - statusCode[%d], responseData[%s]",
                static_cast<int>(statusCode), response.c_str());
     // Some lines are logged in the name of the operation for the user's own status.
-    if (!OrvaneJson::isAnswerComplete("handleServerDndStatusResponse", statusCode, response)) {
-        return false;
-    }
-    const OrvaneJson::Value tree = OrvaneJson::parse("handleServerDndStatusResponse", response);
+    const OrvaneJson::Value tree = OrvaneJson::parseAnswer("handleServerDndStatusResponse", statusCode, response);
     if (!tree) {
         return false;
     }
