@@ -144,8 +144,11 @@ def main():
         shutil.copy2(ROOT / name, tree / name)
     build = Path(options.build) / "build"
     configure = ["cmake", "-S", str(tree), "-B", str(build), "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
-                 "-DORVANE_SERVICE_ONLY=ON", "-DCMAKE_CXX_FLAGS=-O0 -g0"]
-    compile_all = ["cmake", "--build", str(build), "-j2"]
+                 "-DORVANE_SERVICE_ONLY=ON", "-DCMAKE_CXX_FLAGS=-O0 -g0",
+                 # A change is linked once, not with every test.
+                 "-DBUILD_SHARED_LIBS=ON", "-DORVANE_VISIBILITY=default", "-DCMAKE_VISIBILITY_INLINES_HIDDEN=OFF",
+                 "-DCMAKE_POSITION_INDEPENDENT_CODE=ON", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"]
+    compile_all = ["cmake", "--build", str(build), "-j2", "--target", "tier-unit"]
     test_all = ["ctest", "--test-dir", str(build), "-L", "unit", "-j2", "--stop-on-failure", "--timeout", "60"]
     if run(configure, tree, 300) or run(compile_all, tree, 1800) or run(test_all, tree, 600):
         sys.exit("mutate.py: the tree does not pass its unit tests as it is")
