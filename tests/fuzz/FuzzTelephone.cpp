@@ -12,31 +12,6 @@ bool contains(const std::string& text, const char* part) {
     return text.find(part) != std::string::npos;
 }
 
-std::string providersAnswer(const std::string& target) {
-    if (contains(target, "/auth/token")) {
-        return CloudAnswers::token();
-    }
-    if (contains(target, "/wstoken")) {
-        return CloudAnswers::webSocketToken();
-    }
-    if (contains(target, "/grant")) {
-        return CloudAnswers::grants({{"900", "line 900"}, {"901", "line 901"}});
-    }
-    if (contains(target, "/call-log-sync")) {
-        return CloudAnswers::callLog("c1", {CloudAnswers::call("1"), CloudAnswers::missedCall("2")});
-    }
-    if (contains(target, "/address-book-sync")) {
-        return CloudAnswers::addressBook("p1", {CloudAnswers::Contact()});
-    }
-    if (contains(target, "/address-book")) {
-        return CloudAnswers::Contact().json();
-    }
-    if (contains(target, "/presence")) {
-        return CloudAnswers::presence("TakeAllCalls", contains(target, "/extension/5001/") ? 5001 : 4711);
-    }
-    return CloudAnswers::extension();
-}
-
 } // namespace
 
 FuzzTelephone::FuzzTelephone() {
@@ -72,7 +47,7 @@ void FuzzTelephone::answer(const ScriptedNetwork::Request& request, Exchange& ex
     if (request.method == HttpClientIfc::HTTP_DELETE && contains(request.target, "/call-log")) {
         exchange.answers(204);
     } else {
-        exchange.answers(200, providersAnswer(request.target));
+        exchange.answers(200, CloudAnswers::answerTo(request.target));
     }
     if (tampering) {
         tampering(request, exchange);

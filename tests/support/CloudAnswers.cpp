@@ -40,6 +40,10 @@ std::string array(const std::vector<Element>& elements) {
     return "[" + text + "]";
 }
 
+bool contains(const std::string& text, const char* part) {
+    return text.find(part) != std::string::npos;
+}
+
 } // namespace
 
 std::string Call::json() const {
@@ -98,6 +102,31 @@ std::string recordText(const Call& call, const std::string& callType, const std:
     std::snprintf(duration, sizeof duration, "%02d:%02d", call.durationSeconds / 60, call.durationSeconds % 60);
     return "{" + callType + "," + call.id + "," + call.startTime + "," + duration + "," + number + "," + name + "," +
            lineTag + "," + lineNumber + "}";
+}
+
+std::string answerTo(const std::string& target) {
+    if (contains(target, "/auth/token")) {
+        return token();
+    }
+    if (contains(target, "/wstoken")) {
+        return webSocketToken();
+    }
+    if (contains(target, "/grant")) {
+        return grants({{"900", "line 900"}, {"901", "line 901"}});
+    }
+    if (contains(target, "/call-log-sync")) {
+        return callLog("c1", {call("1"), missedCall("2")});
+    }
+    if (contains(target, "/address-book-sync")) {
+        return addressBook("p1", {Contact()});
+    }
+    if (contains(target, "/address-book")) {
+        return Contact().json();
+    }
+    if (contains(target, "/presence")) {
+        return presence("TakeAllCalls", contains(target, "/extension/5001/") ? 5001 : 4711);
+    }
+    return extension();
 }
 
 } // namespace CloudAnswers

@@ -76,4 +76,7 @@ std::string recordText(const Call& call, const std::string& callType, const std:
                        const std::string& name, const std::string& lineTag = "Unknown.Name",
                        const std::string& lineNumber = "Unknown.Name");
 
+/// Body of the answer of a provider that has two calls, two shared lines and one contact, to a GET of that target.
+std::string answerTo(const std::string& target);
+
 } // namespace CloudAnswers

@@ -52,9 +52,11 @@ void LockDiscipline::taken(const std::string& semaphore) {
     }
     m_held.push_back(semaphore);
     addToTrace(semaphore + "{");
+    TestPlatform::current().steps.add("take ", semaphore);
 }
 
 void LockDiscipline::given(const std::string& semaphore) {
+    TestPlatform::current().steps.add("give ", semaphore);
     const auto last = std::find(m_held.rbegin(), m_held.rend(), semaphore);
     if (last != m_held.rend()) {
         m_held.erase(std::next(last).base());

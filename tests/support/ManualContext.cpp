@@ -1,24 +1,31 @@
 #include "ManualContext.h"
 
+#include "TestPlatform.h"
 #include "framework/Executable.h"
 
 #include <algorithm>
 
 Executable* ManualContext::getService(const std::string& name) {
+    TestPlatform::current().steps.add("look up ", name);
     m_lookups.push_back(name);
     const auto service = m_services.find(name);
     return service == m_services.end() ? nullptr : service->second;
 }
 
+void ManualContext::noteCall(const std::string& call) {
+    TestPlatform::current().steps.add("timer ", call);
+    calls.push_back(call);
+}
+
 int ManualContext::createTimer(Executable* service, int milliseconds) {
     const int id = ++m_lastId;
-    calls.push_back("create " + std::to_string(id) + " " + std::to_string(milliseconds));
+    noteCall("create " + std::to_string(id) + " " + std::to_string(milliseconds));
     m_timers[id] = {service, milliseconds, false, 0};
     return id;
 }
 
 void ManualContext::startTimer(int id) {
-    calls.push_back("start " + std::to_string(id));
+    noteCall("start " + std::to_string(id));
     const auto timer = m_timers.find(id);
     if (timer != m_timers.end() && !timer->second.running) {
         timer->second.running = true;
@@ -27,7 +34,7 @@ void ManualContext::startTimer(int id) {
 }
 
 void ManualContext::stopTimer(int id) {
-    calls.push_back("stop " + std::to_string(id));
+    noteCall("stop " + std::to_string(id));
     const auto timer = m_timers.find(id);
     if (timer != m_timers.end()) {
         timer->second.running = false;
@@ -35,7 +42,7 @@ void ManualContext::stopTimer(int id) {
 }
 
 void ManualContext::resetTimer(int id) {
-    calls.push_back("reset " + std::to_string(id));
+    noteCall("reset " + std::to_string(id));
     const auto timer = m_timers.find(id);
     if (timer != m_timers.end() && timer->second.running) {
         timer->second.due = m_now + std::max(0, timer->second.milliseconds);
@@ -43,7 +50,7 @@ void ManualContext::resetTimer(int id) {
 }
 
 void ManualContext::deleteTimer(int id) {
-    calls.push_back("delete " + std::to_string(id));
+    noteCall("delete " + std::to_string(id));
     m_timers.erase(id);
 }
 

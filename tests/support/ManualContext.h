@@ -49,6 +49,8 @@ public:
     std::vector<std::string> calls;
 
 private:
+    void noteCall(const std::string& call);
+
     std::map<std::string, Executable*> m_services;
     std::vector<std::string> m_lookups;
     std::map<int, Timer> m_timers;

@@ -28,6 +28,8 @@ bool MemoryStore::readData(ManageableData& data) {
     std::vector<std::string> keys;
     data.getRootIds(keys);
     reads.push_back(keys);
+    TestPlatform::current().steps.add("read ",
+                                      keys.size() == 1 ? keys.front() : std::to_string(keys.size()) + " items");
     if (refuseReads) {
         return false;
     }
@@ -50,6 +52,7 @@ bool MemoryStore::writeData(ManageableData& data) {
         data.interogate(key, value);
         writes.emplace_back(key, value);
         TestPlatform::current().locks.addToTrace("write");
+        TestPlatform::current().steps.add("write ", key + " = " + value);
         if (!refuseWrites) {
             m_values[key] = value;
         }
@@ -63,6 +66,7 @@ void MemoryStore::getStoragePath(int area, std::string& path) {
 }
 
 bool MemoryStore::observeData(const std::list<std::string>& keys, MgmtAgentIfc* agent) {
+    TestPlatform::current().steps.add("observe ", std::to_string(keys.size()) + " items");
     observed.assign(keys.begin(), keys.end());
     m_agent = agent;
     return !refuseObservation;

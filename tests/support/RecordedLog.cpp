@@ -8,6 +8,7 @@
 #include <cstdio>
 
 void RecordedLog::add(Line line) {
+    TestPlatform::current().steps.add("log ", std::to_string(line.level) + " " + line.text);
     if (divertedTo) {
         divertedTo(line);
     } else {

@@ -31,7 +31,9 @@ void ScriptedNetwork::verify() {
 }
 
 std::unique_ptr<Exchange> ScriptedNetwork::accept(const Request& request) {
+    static const char* const methods[] = {"GET", "POST", "PUT", "DELETE"};
     TestPlatform::current().locks.checkRequest();
+    TestPlatform::current().steps.add("request ", methods[request.method] + (" " + request.target));
     requests.push_back(request);
     if (m_expected.empty() && answersUnexpected) {
         auto exchange = std::make_unique<Exchange>();
@@ -55,6 +57,7 @@ std::unique_ptr<Exchange> ScriptedNetwork::accept(const Request& request) {
 }
 
 std::shared_ptr<bool> ScriptedNetwork::open(const std::string& url, int& number) {
+    TestPlatform::current().steps.add("connect ", url);
     connects.push_back(url);
     if (connectFails) {
         return nullptr;
@@ -81,6 +84,7 @@ public:
     void close() override {
         TestPlatform::current().locks.checkConnectionUse();
         *m_open = false;
+        TestPlatform::current().steps.add("close connection");
         ++TestPlatform::current().network.closes;
     }
     void closeByPeer() { *m_open = false; }

@@ -4,6 +4,14 @@
 
 #include <gtest/gtest.h>
 
+void ScriptedWebSocket::send(const std::string& message) {
+    TestPlatform::current().steps.add("frame ", message);
+    frames.push_back(message);
+    if (whileSending) {
+        whileSending();
+    }
+}
+
 void WebSocketThread::setThreader(ThreaderIfc* threader) {
     TestPlatform::current().webSocket.threader = threader;
 }
@@ -13,6 +21,7 @@ void WebSocketThread::init(WebSocketAppIfc* app, const std::string& url, const s
     ScriptedWebSocket& webSocket = TestPlatform::current().webSocket;
     EXPECT_EQ("", user);
     EXPECT_EQ("", password);
+    TestPlatform::current().steps.add("socket to ", url);
     webSocket.app = app;
     webSocket.urls.push_back(url);
     webSocket.running = true;
@@ -25,6 +34,7 @@ WebSocketThread* WebSocketThread::instance() {
 
 void WebSocketThread::stop() {
     ScriptedWebSocket& webSocket = TestPlatform::current().webSocket;
+    TestPlatform::current().steps.add("socket stops");
     ++webSocket.stops;
     webSocket.running = false;
     if (webSocket.whileStopping) {
@@ -34,6 +44,7 @@ void WebSocketThread::stop() {
 
 void WebSocketThread::terminate() {
     ScriptedWebSocket& webSocket = TestPlatform::current().webSocket;
+    TestPlatform::current().steps.add("socket terminates");
     ++webSocket.terminations;
     webSocket.running = false;
 }

@@ -22,10 +22,5 @@ public:
     std::function<void()> whileStopping; ///< runs inside every stop
     std::function<void()> whileSending;  ///< runs inside every send, for what happens to a connection meanwhile
 
-    void send(const std::string& message) override {
-        frames.push_back(message);
-        if (whileSending) {
-            whileSending();
-        }
-    }
+    void send(const std::string& message) override;
 };

@@ -5,6 +5,11 @@
 #include "data/ServiceDataManager.h"
 #include "data/ValidatorIfc.h"
 
+void TestDataManager::noteCall(const std::string& call) {
+    TestPlatform::current().steps.add("items ", call);
+    calls.push_back(call);
+}
+
 TestDataManager::Result TestDataManager::deliver(const std::string& key, const std::string& value) {
     Result result{false, std::string()};
     result.accepted = setters.at(operationOf(key) + "Setter")->set(value, "other", result.error);
@@ -50,39 +55,39 @@ struct ServiceDataManager::Representation {
 ServiceDataManager::ServiceDataManager() : m_representation(std::make_unique<Representation>()) {}
 
 ServiceDataManager::~ServiceDataManager() {
-    m_representation->record.calls.push_back("destroyed");
+    m_representation->record.noteCall("destroyed");
 }
 
 void ServiceDataManager::registerAgent(Context* context, MgmtAgentIfc* agent, const std::string& managementId,
                                        ValidatorIfc* validator) {
     TestDataManager& record = m_representation->record;
-    record.calls.push_back("registerAgent " + managementId);
+    record.noteCall("registerAgent " + managementId);
     record.context = context;
     record.agent = agent;
     record.validator = validator;
 }
 
 void ServiceDataManager::setLoading(bool loading) {
-    m_representation->record.calls.push_back(loading ? "setLoading true" : "setLoading false");
+    m_representation->record.noteCall(loading ? "setLoading true" : "setLoading false");
 }
 
 void ServiceDataManager::addGetter(const std::string& name, ManagedItemGetter* getter) {
-    m_representation->record.calls.push_back("addGetter " + name);
+    m_representation->record.noteCall("addGetter " + name);
     m_representation->record.getters[name].reset(getter);
 }
 
 void ServiceDataManager::addSetter(const std::string& name, ManagedItemSetter* setter) {
-    m_representation->record.calls.push_back("addSetter " + name);
+    m_representation->record.noteCall("addSetter " + name);
     m_representation->record.setters[name].reset(setter);
 }
 
 void ServiceDataManager::loadItemMap(const std::string& mapName) {
-    m_representation->record.calls.push_back("loadItemMap " + mapName);
+    m_representation->record.noteCall("loadItemMap " + mapName);
 }
 
 void ServiceDataManager::finishSetup() {
     TestDataManager& record = m_representation->record;
-    record.calls.push_back("finishSetup");
+    record.noteCall("finishSetup");
     const MemoryStore& store = TestPlatform::current().store;
     for (const std::string& key : TestDataManager::itemKeys()) {
         if (!store.get(key).empty()) {
@@ -102,11 +107,11 @@ bool ServiceDataManager::setData(ManageableData&) {
 }
 
 void ServiceDataManager::unregisterAgent() {
-    m_representation->record.calls.push_back("unregisterAgent");
+    m_representation->record.noteCall("unregisterAgent");
 }
 
 void ServiceDataManager::releaseItems() {
-    m_representation->record.calls.push_back("releaseItems");
+    m_representation->record.noteCall("releaseItems");
     m_representation->record.getters.clear();
     m_representation->record.setters.clear();
 }

@@ -41,4 +41,6 @@ public:
     /// Name part of the getter and setter of an item, such as "OrvaneApiSyncDnd".
     static std::string operationOf(const std::string& key);
     static const std::vector<std::string>& itemKeys();
+
+    void noteCall(const std::string& call);
 };

@@ -6,6 +6,7 @@
 #include "RecordedLog.h"
 #include "ScriptedNetwork.h"
 #include "ScriptedWebSocket.h"
+#include "StepRecord.h"
 #include "TestDataManager.h"
 #include "TestSiblings.h"
 #include "TestThreads.h"
@@ -23,6 +24,7 @@ public:
 
     static TestPlatform& current();
 
+    StepRecord steps;
     RecordedLog log;
     LockDiscipline locks;
     ManualContext context;

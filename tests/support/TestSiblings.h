@@ -14,20 +14,15 @@
 
 class TestCommunicationsService : public SiblingService, public CommunicationsServiceIfc {
 public:
-    void subscribe(CommunicationsServiceEventIfc* newListener) override { listener = newListener; }
+    void subscribe(CommunicationsServiceEventIfc* newListener) override;
 
     CommunicationsServiceEventIfc* listener = nullptr;
 };
 
 class TestTeamService : public SiblingService, public TeamServiceIfc {
 public:
-    void subscribe(TeamServiceEventIfc* newListener) override { listener = newListener; }
-    void showDoNotDisturb(const std::string& uri, bool active) override {
-        lamps.emplace_back(uri, active);
-        if (reaction) {
-            reaction();
-        }
-    }
+    void subscribe(TeamServiceEventIfc* newListener) override;
+    void showDoNotDisturb(const std::string& uri, bool active) override;
 
     TeamServiceEventIfc* listener = nullptr;
     std::vector<std::pair<std::string, bool>> lamps;
@@ -36,7 +31,7 @@ public:
 
 class TestJournalService : public SiblingService, public JournalServiceIfc {
 public:
-    void cleanUp() override { ++cleanUps; }
+    void cleanUp() override;
 
     int cleanUps = 0;
 };
@@ -53,9 +48,7 @@ public:
     };
 
     void addRecord(std::time_t time, int firstClass, int secondClass, int thirdClass, int fourthClass, int failure,
-                   const std::string& text, const std::string& user, const std::string& address) override {
-        records.push_back({time, {firstClass, secondClass, thirdClass, fourthClass}, failure, text, user, address});
-    }
+                   const std::string& text, const std::string& user, const std::string& address) override;
 
     std::vector<Record> records;
 };

@@ -34,18 +34,21 @@ void TestThreads::run(unsigned long id) {
 
 unsigned long TestThreads::spawn(Job job) {
     job.id = ++m_lastId;
+    TestPlatform::current().steps.add("spawn ", std::to_string(job.id) + " " + job.name);
     spawned.push_back(job);
     m_pending.emplace(job.id, job);
     return job.id;
 }
 
 void TestThreads::detach(unsigned long id) {
+    TestPlatform::current().steps.add("detach ", std::to_string(id));
     for (Job& job : spawned) {
         job.detached = job.detached || job.id == id;
     }
 }
 
 void TestThreads::waitFor(unsigned long id) {
+    TestPlatform::current().steps.add("wait for ", std::to_string(id));
     waitedFor.push_back(id);
     if (m_pending.count(id) != 0) {
         run(id);
@@ -105,6 +108,7 @@ void Threader::waitForThreadCompletion(unsigned long id) {
 void OSALSleep::secSleep(int seconds) {
     TestPlatform& platform = TestPlatform::current();
     platform.locks.checkSleep();
+    platform.steps.add("sleep ", std::to_string(seconds));
     platform.threads.sleepsSeconds.push_back(seconds);
     platform.context.advanceWithoutExpiries(seconds * 1000LL);
     if (platform.threads.duringSleep) {
