@@ -349,6 +349,7 @@ TEST_F(Roads, OfResetAndEnd) {
     liveOn();
 
     service->resetUserData();
+    platform.dataManager.deliver(PldsTags::ORVANE_API_SERVER_ADDRESS, "new.example");
     service.reset();
 
     expectRoad("end");

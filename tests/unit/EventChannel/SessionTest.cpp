@@ -367,6 +367,17 @@ TEST_F(SessionTest, WithoutMemoryNoHeartbeatIsSentAndItsIdIsForgotten) {
     EXPECT_FALSE(log().contains("not found!"));
 }
 
+TEST_F(SessionTest, AStopForgetsTheLimitOfHeldMessages) {
+    openSession();
+    service->stop();
+    service->setWebSocketState(OrvaneService::WS_STATE_RECOVERING);
+    platform.webSocket.running = true;
+    for (const char* message : {"1", "2", "3", "4"}) {
+        service->sendMessageOnWebsocket(message);
+    }
+    EXPECT_EQ(4u, buffered().size());
+}
+
 TEST_F(SessionTest, TrafficPutsTheHeartbeatOff) {
     openSession();
     clearRecords();

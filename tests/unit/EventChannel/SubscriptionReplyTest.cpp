@@ -146,6 +146,20 @@ TEST_F(SubscriptionReplyTest, AnErrorObjectEndsTheRequest) {
     EXPECT_FALSE(isRenewalAwaited());
 }
 
+TEST_F(SubscriptionReplyTest, ARenewalThatIsRefusedIsNotTaken) {
+    subscribeAll();
+    const auto resultOf = [this](const std::string& subscriptionId) {
+        EXPECT_TRUE(service->refreshOvEventsSubscription());
+        const std::string frame = reply(TestJson::messageId(lastFrame()),
+                                        subscription(subscriptionId, "2026-01-01T00:00:00Z", "Active", 1800, ""));
+        const TestJson::Value root = TestJson::parse(frame);
+        return service->handleMsgClientRequest(json_array_get(root.get(), 0), json_array_get(root.get(), 1));
+    };
+
+    EXPECT_FALSE(resultOf("sub-2"));
+    EXPECT_TRUE(resultOf("sub-1"));
+}
+
 TEST_F(SubscriptionReplyTest, ARenewalOfAForeignSubscriptionIsRefusedAndStaysAwaited) {
     subscribeAll();
     pass(renewalMilliseconds);
