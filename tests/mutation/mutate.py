@@ -95,9 +95,11 @@ MUTATIONS = (turn_comparison, turn_condition, swap_logic, move_constant, drop_ca
 def swap_lines(lines, index):
     """Two statements in a row, the other way round."""
     statement = re.compile(r"\s{4,}\S.*;\s*$")
-    if index + 1 < len(lines) and statement.match(lines[index]) and statement.match(lines[index + 1]) \
-            and not re.match(r"\s*(const |auto |std::|return|int |bool |json_t|Headers|StatusCode|Records|case|break)", lines[index]):
-        return lines[index + 1], lines[index]
+    # A declaration that moves is no difference, or does not compile.
+    other = re.compile(r"\s*(return|case|break|const |auto |(?!CriticalSection)[\w:]+(<.*>)?[&*]* [\w]+( =.*|\(.*\))?;)")
+    pair = lines[index:index + 2]
+    if len(pair) == 2 and all(statement.match(line) and not other.match(line) for line in pair):
+        return pair[1], pair[0]
     return None
 
 
@@ -179,6 +181,8 @@ def main():
             else:
                 noticed += 1
         path.write_text("".join(texts[path]))
+        if (noticed + len(survivors)) % 25 == 0:
+            print(f"{noticed} of {noticed + len(survivors)} noticed so far", flush=True)
 
     total = noticed + len(survivors)
     print(f"{noticed} of {total} changes noticed ({100 * noticed / max(total, 1):.1f}%), seed {options.seed}")
