@@ -54,6 +54,17 @@ TEST_F(ServerNotificationTest, WithoutAnEventANotificationIsDropped) {
     EXPECT_EQ(2, log().count(3, "handleMsgServerNotification() - connot find JSON item[event]"));
 }
 
+TEST_F(ServerNotificationTest, WithoutAServerTheFormerStatusesAreForgotten) {
+    subscribeAll();
+    receiveDnd(userId, "DoNotAcceptAnyCalls");
+    platform.dataManager.deliver(PldsTags::ORVANE_API_SERVER_ADDRESS, "");
+
+    service->deleteAllData(false);
+    receiveDnd(userId, "TakeAllCalls");
+
+    EXPECT_TRUE(logged(6, statusLine(1, 0, 0)));
+}
+
 TEST_F(ServerNotificationTest, TheResultIsFalseInEveryCase) {
     subscribeAll();
     const TestJson::Value known = TestJson::parse(R"({"event":")" + dnd + R"(","ownerId":"4711","body":)" +

@@ -336,6 +336,12 @@ TEST_F(SubscriptionReplyTest, ARenewalThatKeepsTheCreationTimeIsTheLastOne) {
     EXPECT_FALSE(isTimerRunning(renewalMilliseconds));
 }
 
+TEST_F(SubscriptionReplyTest, ARenewalThatWasAnsweredIsAwaitedNoLonger) {
+    subscribeAll();
+    answerRenewal(subscription("sub-1", "2027", "Active", 1800, everything));
+    EXPECT_FALSE(isRenewalAwaited());
+}
+
 TEST_F(SubscriptionReplyTest, CreationTimesAreComparedAsTexts) {
     request();
     answer(subscription("sub-1", "9", "Active", 1800, everything));
