@@ -143,7 +143,7 @@ def main():
     files = subprocess.run(["git", "ls-files"], cwd=ROOT, capture_output=True, text=True, check=True).stdout.split("\n")
     for name in filter(None, files):
         (tree / name).parent.mkdir(parents=True, exist_ok=True)
-        shutil.copy2(ROOT / name, tree / name)
+        shutil.copy(ROOT / name, tree / name)
     build = Path(options.build) / "build"
     configure = ["cmake", "-S", str(tree), "-B", str(build), "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
                  "-DORVANE_SERVICE_ONLY=ON", "-DCMAKE_CXX_FLAGS=-O0 -g0",
