@@ -40,6 +40,14 @@ FAULTS = {
     "close-after": {"closeAfter": True},
 }
 
+# The provider has not done what it was asked for.
+NOT_CARRIED_OUT = frozenset(
+    fault for fault in FAULTS
+    if fault.startswith(("status-", "body-", "redirect-")) or fault in ("empty-answer", "random-bytes", "reset-before"))
+# It may have, but a reader gets nothing out of the answer.
+UNUSABLE = NOT_CARRIED_OUT | {"answer-201", "answer-204", "keys-missing", "keys-of-wrong-types", "malformed", "cut-off",
+                              "reset-in"}
+
 # What selects the requests of an exchange.
 EXCHANGES = {
     "token": {"path": "/auth/token"},

@@ -22,6 +22,7 @@ class Mirror:
         self.calls = {}
         self.contacts = {}
         self.do_not_disturb = None
+        self.full_call_logs = 0
 
     def update(self):
         with self._lock:
@@ -38,6 +39,7 @@ class Mirror:
         event = line.get("event")
         if event in ("orvaneFullSync", "orvaneIncrementalSync"):
             if line["type"] == CALL_LOG:
+                self.full_call_logs += event == "orvaneFullSync"
                 self._apply(self.calls, event, line["data"], lambda record: record.split(",")[1], str)
             elif line["type"] == PHONEBOOK:
                 self._apply(self.contacts, event, line["data"], lambda record: json.loads(record)["id"], json.loads)
@@ -65,7 +67,7 @@ class Mirror:
         self.update()
         found = self._compare("call", self.calls, wanted_calls, lambda record, duration: f",{duration}" in record)
         found += self._compare("contact", self.contacts, wanted_contacts, lambda record, name: record["lastname"] == name)
-        if bool(self.do_not_disturb) != busy:
+        if self.do_not_disturb is not busy:
             found.append(f"do not disturb is {self.do_not_disturb} here and {busy} in the cloud")
         return found
 
