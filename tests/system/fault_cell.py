@@ -15,7 +15,7 @@ from concurrent.futures import ThreadPoolExecutor
 from fault_kept import CLEAR_TOKENS, DEVICES_CHANGED, RESTART, kept
 from fault_list import EXCHANGES, FAULTS
 from orvane_system import PATIENCE, wait_until
-from telephone_pair import LINE, OWN, Pair, process_figures
+from telephone_pair import LASTING, LINE, Pair, process_figures
 
 # Telephones at a time. A cell waits for most of its time.
 WORKERS = 8
@@ -23,8 +23,6 @@ WORKERS = 8
 STEP = int(os.environ.get("ORVANE_FAULT_STEP", "1"))
 ARMED_SECONDS = 1.2  # two polls and more; what `hold` lasts
 RECOVERY_SECONDS = 20
-# Threads that a telephone has for as long as it runs; all others do one piece of work and end.
-LASTING = {"control", "orvane-phone", "siblings", "store", "timers", "WebSocket"}
 
 LOGIN = {"extension", "socket-token", "presence-read"}  # these run in a login only
 # Their failures can cost an event; do-not-disturb is told again by the next one.
