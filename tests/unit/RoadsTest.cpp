@@ -278,6 +278,17 @@ TEST_F(Roads, OfCallsThatAreSeenAndDeleted) {
     expectRoad("deletion");
 }
 
+TEST_F(Roads, OfViewedCallsInFullSynchronisations) {
+    liveOn();
+
+    service->ageMissedCalls({"1", "2", "77"});
+    service->clearSyncTokens();
+    passSeconds(60);
+    passSeconds(60);
+
+    expectRoad("viewed-calls");
+}
+
 TEST_F(Roads, OfRefreshesOnDemand) {
     liveOn();
 
@@ -348,6 +359,7 @@ TEST_F(Roads, OfTheRenewalOfTheToken) {
 TEST_F(Roads, OfResetAndEnd) {
     liveOn();
 
+    service->unsubscribe(&observer);
     service->resetUserData();
     platform.dataManager.deliver(PldsTags::ORVANE_API_SERVER_ADDRESS, "new.example");
     service.reset();
