@@ -122,6 +122,17 @@ TEST_F(Refresh, IsOneAtATime) {
     runThreads();
 }
 
+TEST_F(Refresh, IsUnderWayUntilTheCallsAreRead) {
+    connectWith({});
+    service->refreshCallLogEntries();
+    const std::size_t made = threadsMade();
+    expectPoll("c1", "c2").whileAwaited([this] { service->refreshCallLogEntries(); });
+
+    runThreads();
+
+    EXPECT_EQ(made, threadsMade());
+}
+
 TEST_F(Refresh, DoesNothingWhileTheInterfaceIsDown) {
     platform.store.set(PldsTags::INTERFACE_STATUS, "down");
     initialise();

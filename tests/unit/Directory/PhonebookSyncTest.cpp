@@ -335,6 +335,17 @@ TEST_F(PhonebookRefresh, IsOneAtATime) {
     runThreads();
 }
 
+TEST_F(PhonebookRefresh, IsUnderWayUntilTheBookIsRead) {
+    connectWith({});
+    service->refreshPhonebookEntries();
+    const std::size_t spawned = platform.threads.spawned.size();
+    expectIncrementalPhonebook("p1", "p2").whileAwaited([this] { service->refreshPhonebookEntries(); });
+
+    runThreads();
+
+    EXPECT_EQ(spawned, platform.threads.spawned.size());
+}
+
 TEST_F(PhonebookRefresh, DoesNothingWhileTheInterfaceIsDown) {
     platform.store.set(PldsTags::INTERFACE_STATUS, "down");
     initialise();

@@ -396,6 +396,19 @@ TEST_F(VoicemailSummary, ASecondRefreshWaitsForTheEndOfTheFirst) {
     runThreads();
 }
 
+TEST_F(VoicemailSummary, ARefreshIsUnderWayUntilTheObserversWereTold) {
+    withObserver();
+    connectWithLines({});
+    service->refreshVoicemailEntries();
+    const std::size_t spawned = platform.threads.spawned.size();
+    observer.reaction = [this](std::vector<std::string>&) { service->refreshVoicemailEntries(); };
+
+    runThreads();
+
+    EXPECT_EQ("orvaneVoicemail", observer.events.back().operation);
+    EXPECT_EQ(spawned, platform.threads.spawned.size());
+}
+
 TEST_F(VoicemailSummary, WithTheInterfaceDownNothingIsRefreshed) {
     connectWithLines({});
     platform.store.change(PldsTags::INTERFACE_STATUS, "down");
