@@ -45,8 +45,13 @@ def swap_logic(line, choose):
     return line[:at] + (" || " if line[at + 1] == "&" else " && ") + line[at + 4:]
 
 
+def sets_initial_value(line):
+    """Of a local that is written before it is read, as nearly all are here."""
+    return re.match(r"\s+(const )?(int|bool|long long|std::size_t|unsigned\w*) \w+ = \w+;\s*$", line)
+
+
 def move_constant(line, choose):
-    if "ORVANE_LOG" in line or "enum" in line or re.match(r"\s*(//|\"|#|case )", line):
+    if "ORVANE_LOG" in line or sets_initial_value(line) or "enum" in line or re.match(r"\s*(//|\"|#|case )", line):
         return None
     places = list(re.finditer(r"(?<![\w\".%\[])(\d+)(LL|\.0)?(?![\w\"%])", line))
     if not places:
@@ -82,7 +87,7 @@ def change_text(line, choose):
 
 def turn_flag(line, choose):
     places = list(re.finditer(r"\b(true|false)\b", line))
-    if not places or "ORVANE_LOG" in line:
+    if not places or "ORVANE_LOG" in line or sets_initial_value(line):
         return None
     match = choose(places)
     return line[:match.start()] + ("false" if match[1] == "true" else "true") + line[match.end():]
@@ -92,15 +97,12 @@ MUTATIONS = (turn_comparison, turn_condition, swap_logic, move_constant, drop_ca
              change_text, turn_flag)
 
 
-def swap_lines(lines, index):
-    """Two statements in a row, the other way round."""
-    statement = re.compile(r"\s{4,}\S.*;\s*$")
-    # A declaration that moves is no difference, or does not compile.
-    other = re.compile(r"\s*(return|case|break|const |auto |(?!CriticalSection)[\w:]+(<.*>)?[&*]* [\w]+( =.*|\(.*\))?;)")
+def swap_calls(lines, index):
+    """Two calls in a row, the other way round. Assignments in a row rarely depend on each other, and a lock that is taken
+    one statement later is no difference on the one thread of a unit test: neither is changed."""
+    call = re.compile(r"\s{4,}(?!CriticalSection|return|throw)[\w:.\->\[\]]+(<.*>)?\(.*\);\s*$")
     pair = lines[index:index + 2]
-    if len(pair) == 2 and all(statement.match(line) and not other.match(line) for line in pair):
-        return pair[1], pair[0]
-    return None
+    return (pair[1], pair[0]) if len(pair) == 2 and all(call.match(line) for line in pair) else None
 
 
 def draw(lines, generator):
@@ -108,9 +110,9 @@ def draw(lines, generator):
     if lines[index].lstrip().startswith(("//", "///", "#")):
         return None
     if generator.randrange(len(MUTATIONS) + 1) == 0:
-        swapped = swap_lines(lines, index)
+        swapped = swap_calls(lines, index)
         if swapped:
-            return lines[:index] + list(swapped) + lines[index + 2:], index, "order swapped"
+            return lines[:index] + list(swapped) + lines[index + 2:], index, "swap_calls"
         return None
     mutation = generator.choice(MUTATIONS)
     changed = mutation(lines[index], generator.choice)
