@@ -7,6 +7,7 @@
 
 BenchTelephone::BenchTelephone() {
     platform.log.level = 2;
+    withSharedLines();
     subscribeAll();
     service->subscribe(&m_observer);
 }
@@ -50,6 +51,34 @@ void BenchTelephone::requireTaken(const std::string& frame) {
     if (!dispatched) {
         throw std::runtime_error("the presence frame was not taken");
     }
+}
+
+void BenchTelephone::loadLines(int count) {
+    std::vector<CloudAnswers::GrantedLine> lines;
+    for (int line = 0; line < count; ++line) {
+        lines.push_back({std::to_string(62264496 + line), "Front desk " + std::to_string(line)});
+    }
+    platform.network.answersUnexpected = [&lines](const ScriptedNetwork::Request& request, Exchange& exchange) {
+        const bool grants = request.target.find("/grant") != std::string::npos;
+        exchange.answers(200, grants ? CloudAnswers::grants(lines) : CloudAnswers::callLog("BBsynctoken", {}));
+    };
+    service->devicesChanged();
+    for (const CloudAnswers::GrantedLine& line : lines) {
+        service->overviewChangedNotification("sip:" + line.id + "@provider.example", line.name, true, 1,
+                                             ELineVisualAlert());
+    }
+    platform.network.answersUnexpected = nullptr;
+    if (service->getBcaLineListSize() != lines.size()) {
+        throw std::runtime_error("the shared lines were not taken");
+    }
+}
+
+void BenchTelephone::forgetRecords() {
+    platform.store.writes = {};
+    platform.store.reads = {};
+    platform.network.requests = {};
+    platform.context.calls = {};
+    platform.webSocket.frames = {};
 }
 
 void BenchTelephone::loadCalls(int count) {

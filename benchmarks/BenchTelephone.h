@@ -43,8 +43,12 @@ public:
     void requireTaken(const std::string& frame);
     /// Loads that many calls, a response of 100 at a time.
     void loadCalls(int count);
+    /// Shared lines that are ready, without calls.
+    void loadLines(int count);
     std::size_t observedBytes() const { return m_observer.bytes; }
     void forgetWrites() { platform.store.writes.clear(); }
+    /// Gives back what the test platform keeps of what the service did.
+    void forgetRecords();
 
 private:
     void TestBody() override {}

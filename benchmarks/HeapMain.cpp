@@ -28,16 +28,18 @@ std::size_t textBytes(int calls, int contacts) {
 void measureHeld() {
     const std::size_t texts = textBytes(1000, 250);
     BenchTelephone telephone;
+    telephone.forgetRecords();
     const std::size_t before = HeapMeter::bytesInUse();
+    telephone.loadLines(20);
     telephone.loadCalls(1000);
     for (int first = 0; first < 250; first += 50) {
         std::string page = Bodies::phonebookPage(first, 50, "token-" + std::to_string(first));
         telephone.takePhonebookPage(page);
     }
-    telephone.forgetWrites();
+    telephone.forgetRecords();
     const double held = static_cast<double>(HeapMeter::bytesInUse() - before);
-    print("heap of 1,000 calls and 250 contacts", held, static_cast<double>(texts), held / static_cast<double>(texts),
-          2.2, "bytes");
+    print("heap of 1,000 calls, 250 contacts and 20 lines", held, static_cast<double>(texts),
+          held / static_cast<double>(texts), 2.2, "bytes");
 }
 
 void measureResponse() {

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-/// What goes through the C allocator, of which C++ makes use as well. Counts the usable bytes of a block.
+/// What goes through the C allocator, of which C++ makes use as well. Counts the bytes that were asked for.
 namespace HeapMeter {
 
 std::size_t bytesInUse();

@@ -11,3 +11,5 @@ void LockDiscipline::given(const std::string&) {}
 void LockDiscipline::checkRequest() {}
 void LockDiscipline::checkSleep() {}
 void LockDiscipline::checkNothingHeld() {}
+void LockDiscipline::checkConnectionUse() {}
+void LockDiscipline::addToTrace(const std::string&) {}
