@@ -24,10 +24,10 @@ def heap_rows(programs):
         yield json.loads(line)
 
 
-def instructions(programs, case, side, turns):
+def instructions(programs, case, side, turns, program="orvane-bench-once"):
     with tempfile.NamedTemporaryFile() as profile:
         done = subprocess.run(["valgrind", "--tool=callgrind", f"--callgrind-out-file={profile.name}",
-                               "--toggle-collect=measured(*", programs / "orvane-bench-once", str(case), side,
+                               "--toggle-collect=measured(*", programs / program, str(case), side,
                                str(turns)], check=True, capture_output=True, text=True)
     return int(re.search(r"Collected : (\d+)", done.stderr).group(1)) / turns
 
@@ -40,8 +40,18 @@ def instruction_rows(programs, rows):
                "unit": "instructions"}
 
 
+def log_rows(programs, rows):
+    """What the log calls cost while they are off: the same work by a service that has none."""
+    turns = 5
+    for case, row in enumerate(rows):
+        ours = instructions(programs, case, "ours", turns)
+        floor = instructions(programs, case, "ours", turns, "orvane-bench-once-without-log")
+        yield {"name": f"log calls off: {row['name']}", "ours": ours, "floor": floor, "ratio": ours / floor,
+               "target": 1.02, "unit": "instructions"}
+
+
 def table(rows):
-    line = "{:<52} {:>13} {:>13} {:>7} {:>7}  {:<13} {}"
+    line = "{:<56} {:>13} {:>13} {:>7} {:>7}  {:<13} {}"
     yield line.format("case", "ours", "floor", "ratio", "target", "unit", "").rstrip()
     for row in rows:
         verdict = "" if row["ratio"] <= row["target"] else "missed"
@@ -60,7 +70,9 @@ def main():
     try:
         rows = list(time_rows(options.programs, 10 if options.quick else 1000))
         if options.instructions:
-            rows += list(instruction_rows(options.programs, list(rows)))
+            timed = list(rows)
+            rows += list(instruction_rows(options.programs, timed))
+            rows += list(log_rows(options.programs, timed))
         rows += list(heap_rows(options.programs))
     except (OSError, subprocess.CalledProcessError) as error:
         sys.exit(f"bench: {error}")
