@@ -7,10 +7,10 @@ std::string Contact::serialize() const {
     std::string text;
     text.reserve(256); // what most contacts need
     for (const ContactField& field : contactFields) {
-        text += text.empty() ? '{' : ',';
-        JsonText::appendString(text, field.key);
-        text += ':';
-        JsonText::appendString(text, JsonText::validUtf8(this->*field.member));
+        text += text.empty() ? "{\"" : ",\"";
+        text += field.key;
+        text += "\":";
+        JsonText::appendValidString(text, this->*field.member);
     }
     text += '}';
     return text;

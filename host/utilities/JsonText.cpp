@@ -1,5 +1,6 @@
 #include "utilities/JsonText.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 
@@ -103,6 +104,20 @@ std::string validUtf8(const std::string& text) {
     }
     valid.append(text, copied, std::string::npos);
     return valid;
+}
+
+void appendValidString(std::string& out, const std::string& text) {
+    const bool plain = std::all_of(text.begin(), text.end(), [](char character) {
+        return !needsEscape(character) && static_cast<unsigned char>(character) < 0x80;
+    });
+    if (!plain) {
+        appendString(out, validUtf8(text));
+        return;
+    }
+    // Most texts by far: nothing to replace and nothing to escape.
+    out += '"';
+    out += text;
+    out += '"';
 }
 
 } // namespace JsonText

@@ -11,4 +11,7 @@ void appendString(std::string& out, const std::string& text);
 /// The text with every byte that is no part of valid UTF-8 (RFC 3629) replaced by U+FFFD.
 std::string validUtf8(const std::string& text);
 
+/// Appends validUtf8(text) in quotes.
+void appendValidString(std::string& out, const std::string& text);
+
 } // namespace JsonText

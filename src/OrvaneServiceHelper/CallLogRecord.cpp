@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <string_view>
 
 using namespace OrvaneServiceStrings;
 
@@ -14,8 +15,8 @@ namespace {
 constexpr const char* unknownNumber = "Caller.Unknown.XXX";
 constexpr const char* unknownName = "Unknown.Name";
 
-constexpr std::array<const char*, 8> missedResults = {"Missed",  "Busy",    "Rejected",         "No Answer",
-                                                      "Hang Up", "Blocked", "IP Phone Offline", "Voicemail"};
+constexpr std::array<std::string_view, 8> missedResults = {"Missed",  "Busy",    "Rejected",         "No Answer",
+                                                           "Hang Up", "Blocked", "IP Phone Offline", "Voicemail"};
 
 /// What every record has to have.
 struct CallDetails {
@@ -61,9 +62,10 @@ void readParties(json_t*& record, const char* otherParty, const char* ownParty, 
 
 void readInbound(json_t*& record, const CallDetails& details, bool isBcaLine, std::set<std::string>& missedIds,
                  CallView& view) {
-    if (details.result == "Accepted" || details.result == "Call connected") {
+    const std::string_view result = details.result;
+    if (result == "Accepted" || result == "Call connected") {
         view.callType = "Received";
-    } else if (std::find(missedResults.begin(), missedResults.end(), details.result) != missedResults.end()) {
+    } else if (std::find(missedResults.begin(), missedResults.end(), result) != missedResults.end()) {
         view.callType = "Missed";
         missedIds.insert(details.id);
     }

@@ -24,13 +24,18 @@ bool isArray(const json_t* value) {
     return json_is_array(value);
 }
 
+/// The first characters tell most keys apart, without a call.
+bool isSameKey(const char* key, const char* wanted) {
+    return *key == *wanted && std::strcmp(key, wanted) == 0;
+}
+
 /// Depth first through nested objects, in each object's own key order. A matching key of another type is searched
 /// like any other key. Null or anything but an object holds nothing.
 template <bool (*hasWantedType)(const json_t*)>
 json_t* findValue(json_t* object, const char* key) {
     for (void* entry = json_object_iter(object); entry != nullptr; entry = json_object_iter_next(object, entry)) {
         json_t* value = json_object_iter_value(entry);
-        if (hasWantedType(value) && std::strcmp(json_object_iter_key(entry), key) == 0) {
+        if (hasWantedType(value) && isSameKey(json_object_iter_key(entry), key)) {
             return value;
         }
         if (json_is_object(value)) {

@@ -82,14 +82,14 @@ void OrvaneService::mergeCallLogRecords(json_t* root, Records& callRecordsVector
 
 void OrvaneService::mergeCallRecord(const std::string& id, const std::string& record, bool deleted,
                                     Records& callRecordsVector) {
-    const auto entry = m_callLogMap.find(id);
-    if (entry == m_callLogMap.end()) {
+    const auto entry = m_callLogMap.lower_bound(id);
+    if (entry == m_callLogMap.end() || entry->first != id) {
         if (deleted) {
             ORVANE_LOG(STATUS, "handleCallLogResponse() something went wrong with callId [%s]", id.c_str());
             return;
         }
         ORVANE_LOG(DEBUG, "handleCallLogResponse() create new entry [%s]", record.c_str());
-        m_callLogMap.emplace(id, record);
+        m_callLogMap.emplace_hint(entry, id, record);
         callRecordsVector.push_back(record);
     } else if (deleted) {
         ORVANE_LOG(STATUS, "handleCallLogResponse() deleting record [%s]", id.c_str());

@@ -378,6 +378,14 @@ TEST_F(SessionTest, AStopForgetsTheLimitOfHeldMessages) {
     EXPECT_EQ(4u, buffered().size());
 }
 
+TEST_F(SessionTest, AStopForgetsTheRecoveryTime) {
+    openSession();
+    service->stop();
+    service->onPongTimeout();
+    EXPECT_TRUE(logged(6, "onPongTimeout() - web socket connection recovery start. Start timer -45000 seconds"));
+    service->stop();
+}
+
 TEST_F(SessionTest, TrafficPutsTheHeartbeatOff) {
     openSession();
     clearRecords();
