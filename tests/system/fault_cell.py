@@ -140,10 +140,11 @@ class Cell:
                     break
 
     def _synchronise_twice(self):
-        """Waits for it, but not for ever: with what is kept, the telephone may have stopped asking."""
+        """Waits for it, but not for ever: a telephone that only a restart helps may have stopped asking."""
         cloud = self.pair.cloud
-        known = max(request["number"] for request in cloud.requests())
-        deadline = time.monotonic() + 2.5 * PATIENCE
+        known = max((request["number"] for request in cloud.requests()), default=0)
+        seconds = 2.5 if self.kept.way_out == RESTART else 10
+        deadline = time.monotonic() + seconds * PATIENCE
         while time.monotonic() < deadline:
             differences = self.pair.differences()
             if not self.kept.blocks_a_thread:

@@ -10,8 +10,9 @@ CALL = {"direction": "Inbound", "result": "Accepted", "duration": 65,
 
 
 class Cloud:
-    def __init__(self, directory, device, extra=(), calls=None, contacts=0, seed=1, data=None):
-        arguments = [BIN_DIR / "orvane-cloud", "--listen", "127.0.0.1:0", "--admin", "127.0.0.1:0",
+    def __init__(self, directory, device, extra=(), calls=None, contacts=0, seed=1, data=None,
+                 listen="127.0.0.1:0"):
+        arguments = [BIN_DIR / "orvane-cloud", "--listen", listen, "--admin", "127.0.0.1:0",
                      "--tls-dir", f"{directory}/tls"]
         if data is not None:
             path = f"{directory}/account.json"

@@ -67,6 +67,10 @@ class Pair:
         self.pid = self.phone.process.pid
         self.phone.output.wait_for(lambda line: line.get("event") == "ready", what="the ready line")
 
+    def restart_cloud(self, data):
+        """Another provider in the same place: its tokens are its own, its data what it is given."""
+        self.cloud = Cloud(self.directory, (MODEL, MAC), data=data, listen=self.cloud.url.split("//")[1])
+
     def ctl(self, *arguments, timeout=45.0):
         return run([BIN_DIR / "orvane-ctl", "--control", self.control, *arguments], timeout)
 

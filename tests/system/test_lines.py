@@ -80,6 +80,19 @@ class CallLogs(LineCase):
         line, _ = phone.wait_for(incremental_call_log(lambda data: data), after=position, timeout=20)
         self.assertIn(",new,", line["data"][0])
 
+    def test_a_full_synchronisation_of_the_user_alone_leaves_the_calls_of_lines_out(self):
+        phone = self.start(own_calls=[call("own")], line_calls={2001: [call("a")]}, time_scale=15,
+                           items={"ORVANE_API_SYNC_INTERVAL": "30"})
+        _, position = phone.wait_for(full_call_log())
+        self.overview(phone, "+49401", "Sales")
+        _, position = phone.wait_for(incremental_call_log(lambda data: data), after=position)
+        self.cloud.fault(path="/extension/~/call-log-sync", status=500)
+        line, position = phone.wait_for(full_call_log(), after=position, timeout=20)
+        self.assertEqual(["own"], [record.split(",")[1] for record in line["data"]])
+        self.assertEqual(0, phone.ctl("call", "clearSyncTokens").returncode)
+        line, _ = phone.wait_for(full_call_log(), after=position, timeout=20)
+        self.assertEqual({"own", "a"}, {record.split(",")[1] for record in line["data"]})
+
     def test_a_call_in_both_logs_counts_for_the_user_only(self):
         phone = self.start(own_calls=[call("both")], line_calls={2001: [call("both"), call("only")]})
         line, position = phone.wait_for(full_call_log())
