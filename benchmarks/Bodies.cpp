@@ -13,7 +13,7 @@ std::string callRecord(int number, bool deleted) {
     const std::string other = R"({"phoneNumber":"+4930555)" + std::to_string(20000 + number) + R"(","name":"Caller )" +
                               std::to_string(number) + R"(","location":"Berlin"})";
     return R"({"id":")" + id + R"(","sessionId":"98)" + std::to_string(700000 + number) +
-           R"(","telephonySessionId":"s-0a1b2c3d4e5f6071829)" + std::to_string(100000 + number) +
+           R"(","telephonySessionId":")" + sessionOf(number) +
            R"(","startTime":"2026-11-20T09:41:22.417Z","duration":)" + std::to_string(number % 4000) +
            R"(,"type":"Voice","direction":")" + (outbound ? "Outbound" : "Inbound") +
            R"(","action":"Phone Call","result":")" +
@@ -44,6 +44,10 @@ std::string array(int first, int count, bool deleted, Element element) {
 }
 
 } // namespace
+
+std::string sessionOf(int number) {
+    return "s-0a1b2c3d4e5f6071829" + std::to_string(100000 + number);
+}
 
 std::string callLog(int first, int count, bool deleted) {
     return R"({"syncInfo":{"syncType":"ISync","syncToken":"BAsynctoken0123456789","syncTime":"2026-11-20T09:41:22Z"},)"

@@ -24,6 +24,13 @@ def heap_rows(programs):
         yield json.loads(line)
 
 
+def network_rows(programs, turns):
+    output = subprocess.run([programs / "orvane-bench-network", f"--turns={turns}"], check=True,
+                            stdout=subprocess.PIPE, text=True).stdout
+    for line in output.splitlines():
+        yield json.loads(line)
+
+
 def instructions(programs, case, side, turns, program="orvane-bench-once"):
     with tempfile.NamedTemporaryFile() as profile:
         done = subprocess.run(["valgrind", "--tool=callgrind", f"--callgrind-out-file={profile.name}",
@@ -73,6 +80,7 @@ def main():
             timed = list(rows)
             rows += list(instruction_rows(options.programs, timed))
             rows += list(log_rows(options.programs, timed))
+        rows += list(network_rows(options.programs, 10 if options.quick else 1000))
         rows += list(heap_rows(options.programs))
     except (OSError, subprocess.CalledProcessError) as error:
         sys.exit(f"bench: {error}")
