@@ -4,6 +4,7 @@
 #include <boost/beast/http/buffer_body.hpp>
 #include <boost/beast/http/parser.hpp>
 
+#include <algorithm>
 #include <exception>
 #include <optional>
 #include <utility>
@@ -114,8 +115,10 @@ bool HttpResponseReader::readHeader(std::string& error) try {
 
 bool HttpResponseReader::readBody(std::string& part, std::size_t maximumLength, std::string& error) try {
     Representation& my = *m_representation;
-    part.resize(maximumLength);
     auto& body = my.parser->get().body();
+    // The limit is far above most answers: room for what is announced, or for some and then for more.
+    const auto announced = my.parser->content_length_remaining();
+    part.resize(std::min<std::uint64_t>(maximumLength, announced.value_or(inputBytes)));
     body.data = part.data();
     body.size = part.size();
     body.more = true;
@@ -126,6 +129,13 @@ bool HttpResponseReader::readBody(std::string& part, std::size_t maximumLength, 
     while (good && !full && !my.parser->is_done()) {
         good = my.feed(full, error);
         full = full || (body.size == 0 && my.parser->content_length_remaining().value_or(0) > 0);
+        if (full && part.size() < maximumLength) {
+            const std::size_t filled = part.size();
+            part.resize(std::min(maximumLength, filled * 4));
+            body.data = part.data() + filled;
+            body.size = part.size() - filled;
+            full = false;
+        }
     }
     part.resize(part.size() - body.size);
     body.data = nullptr;

@@ -361,7 +361,8 @@ TEST_F(Roads, OfResetAndEnd) {
 
     service->unsubscribe(&observer);
     service->resetUserData();
-    platform.dataManager.deliver(PldsTags::ORVANE_API_SERVER_ADDRESS, "new.example");
+    platform.dataManager.deliverGroup({{PldsTags::ORVANE_API_SERVER_ADDRESS, "new.example"}});
+    runThreads();
     service.reset();
 
     expectRoad("end");

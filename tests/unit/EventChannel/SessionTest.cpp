@@ -378,6 +378,31 @@ TEST_F(SessionTest, AStopForgetsTheLimitOfHeldMessages) {
     EXPECT_EQ(4u, buffered().size());
 }
 
+TEST_F(SessionTest, AStopForgetsTheSequence) {
+    openSession();
+    receive(contextFrame("wsc-1", 7));
+    service->stop();
+    receive(contextFrame("wsc-2", 1));
+    EXPECT_TRUE(logged(6, "getMsgTypeAndStoreWsc() - WebSocket Session Context: token[wsc-2], sequence[1]"));
+}
+
+TEST_F(SessionTest, AStopForgetsThatThereWasAChannel) {
+    openSession();
+    service->stop();
+    expectToken();
+    expectExtension();
+    expectPresence();
+    expectGrants();
+    platform.network.expect(HttpClientIfc::HTTP_POST, path("/restapi/oauth/wstoken")).answers(500);
+    service->start();
+    clearRecords();
+
+    interfaceChanges("down");
+
+    EXPECT_TRUE(logged(6, "manageableDataChanged() - m_webSocketConnectionEstablished is not established."));
+    EXPECT_FALSE(service->isRunning());
+}
+
 TEST_F(SessionTest, AStopForgetsTheRecoveryTime) {
     openSession();
     service->stop();

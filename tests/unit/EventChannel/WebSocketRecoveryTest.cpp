@@ -116,6 +116,7 @@ TEST_F(WebSocketRecoveryTest, ATokenThatFailsOnceIsAskedForOnceMore) {
 
 TEST_F(WebSocketRecoveryTest, ATokenThatFailsTwiceBringsTheWholeServiceDownAndUp) {
     openSession();
+    receive(contextFrame("context", 1));
     clearRecords();
     expectWebSocketToken().answers(500, "no");
     expectWebSocketToken().answers(500, "no");

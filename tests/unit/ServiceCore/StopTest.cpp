@@ -390,6 +390,15 @@ TEST_F(Deletion, OfTheTokensHoldsAgainstAnAnswerOnItsWay) {
     passSeconds(60);
 }
 
+TEST_F(Deletion, LeavesNoCallBehind) {
+    connectWithData();
+    service->deleteAllData(true);
+    // A call that is not known has no path of its own.
+    platform.network.expect(HttpClientIfc::HTTP_DELETE, path("")).answers(404);
+
+    service->deleteCallLogEntry("7");
+}
+
 TEST_F(Deletion, TakesEachSemaphoreForItsOwnStep) {
     connectWithData();
     platform.locks.keepTrace();
