@@ -5,6 +5,7 @@ from pathlib import Path
 
 from orvane_system import BIN_DIR, Program, wait_until
 from telephone_case import Phone, TelephoneCase
+from telephone_pair import TIME_SCALE
 
 BEARER = "canaryBearer0123456789"
 SOCKET = "canarySocket0123456789"
@@ -20,7 +21,7 @@ RUNS = (  # log level, options, whether a token is to be seen
 
 class Canaries(TelephoneCase):
     def start(self, level, options, store):
-        arguments, control = self.phone_arguments(log_level=level, store=store, time_scale=30)
+        arguments, control = self.phone_arguments(log_level=level, store=store, time_scale=TIME_SCALE / 2)
         arguments.remove("--json")
         program = Program([*arguments, *options], self.directory, "phone", parse=str)
         self.programs.insert(0, program)
@@ -31,7 +32,7 @@ class Canaries(TelephoneCase):
     def left_behind(self, phone, observer, store):
         """All text that somebody could read: log, console, messages to other processes, control program, store."""
         outputs = [phone.program.errors(), *phone.output.since(), observer.errors(), *observer.output.since()]
-        for command in (["status"], ["call", "isRunning"], ["call", "getState"], ["item", "ORVANE_API_SERVER_ADDRESS"]):
+        for command in (["status"], ["call", "isRunning"], ["item", "ORVANE_API_SERVER_ADDRESS"]):
             result = phone.ctl(*command, timeout=5)
             outputs += [result.stdout, result.stderr]
         for path in Path(self.directory).glob(f"{Path(store).name}*"):
@@ -95,13 +96,19 @@ class Canaries(TelephoneCase):
                     if session["connected"] and session["subscriptions"]]
 
         def arrived(_):
-            session = wait_until(subscribed, what="a subscription")[0]
-            meta = {"type": "ServerNotification", "messageId": "m", "status": 200,
-                    "wsc": {"token": CONTEXT, "sequence": 1000}}
-            self.cloud.admin("POST", f"sessions/{session}/frame", {"json": [meta, {"event": "none", "body": {}}]})
-            self.cloud.admin("POST", f"sessions/{session}/silence", {"on": True})
-            wait_until(lambda: self.upgrades_with(f"wsc={CONTEXT}"), what="the recovery")
+            # A session that was read from the list may have been left meanwhile, if a pong was late.
+            wait_until(lambda: plant_and_silence() or self.upgrades_with(f"wsc={CONTEXT}"), what="the recovery")
 
+        def plant_and_silence():
+            for session in subscribed():
+                if session not in silenced:
+                    silenced.add(session)
+                    self.cloud.admin("POST", f"sessions/{session}/frame", {"json": [meta, {"event": "none", "body": {}}]})
+                    self.cloud.admin("POST", f"sessions/{session}/silence", {"on": True})
+
+        meta = {"type": "ServerNotification", "messageId": "m", "status": 200,
+                "wsc": {"token": CONTEXT, "sequence": 1000}}
+        silenced = set()
         self.search(CONTEXT, lambda: None, arrived)
 
 
