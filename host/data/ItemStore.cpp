@@ -19,10 +19,10 @@ void bind(const Statement& statement, int index, const std::string& text) {
     sqlite3_bind_text(statement.get(), index, text.data(), static_cast<int>(text.size()), SQLITE_TRANSIENT);
 }
 
-std::string columnText(const Statement& statement, int column) {
-    const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement.get(), column));
+std::string columnText(sqlite3_stmt* statement, int column) {
+    const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
     return text == nullptr ? std::string()
-                           : std::string(text, static_cast<std::size_t>(sqlite3_column_bytes(statement.get(), column)));
+                           : std::string(text, static_cast<std::size_t>(sqlite3_column_bytes(statement, column)));
 }
 
 constexpr int busyMilliseconds = 2000;
@@ -45,10 +45,12 @@ std::unique_ptr<ItemStore> ItemStore::open(const std::string& path, std::string&
         !store->run("pragma user_version=1", error) || !store->check(error)) {
         return nullptr;
     }
+    store->m_selection = prepare(store->m_database, "select value from items where key=?1").release();
     return store;
 }
 
 ItemStore::~ItemStore() {
+    sqlite3_finalize(m_selection);
     sqlite3_close(m_database);
 }
 
@@ -63,7 +65,7 @@ bool ItemStore::run(const char* statement, std::string& error) {
 bool ItemStore::check(std::string& error) {
     const Statement soundness = prepare(m_database, "pragma quick_check(1)");
     const std::string finding =
-        sqlite3_step(soundness.get()) == SQLITE_ROW ? columnText(soundness, 0) : sqlite3_errmsg(m_database);
+        sqlite3_step(soundness.get()) == SQLITE_ROW ? columnText(soundness.get(), 0) : sqlite3_errmsg(m_database);
     if (finding != "ok") {
         error = finding;
         return false;
@@ -72,12 +74,14 @@ bool ItemStore::check(std::string& error) {
 }
 
 std::optional<std::string> ItemStore::get(const std::string& key) {
-    const Statement statement = prepare(m_database, "select value from items where key=?1");
-    bind(statement, 1, key);
-    if (sqlite3_step(statement.get()) != SQLITE_ROW) {
-        return std::nullopt;
+    // The key outlives the step, and a statement that is reset holds no lock of the file.
+    sqlite3_bind_text(m_selection, 1, key.data(), static_cast<int>(key.size()), SQLITE_STATIC);
+    std::optional<std::string> value;
+    if (sqlite3_step(m_selection) == SQLITE_ROW) {
+        value = columnText(m_selection, 0);
     }
-    return columnText(statement, 0);
+    sqlite3_reset(m_selection);
+    return value;
 }
 
 bool ItemStore::put(const std::string& key, const std::string& value) {
@@ -92,7 +96,7 @@ std::map<std::string, std::string> ItemStore::all() {
     std::map<std::string, std::string> items;
     const Statement statement = prepare(m_database, "select key, value from items");
     while (sqlite3_step(statement.get()) == SQLITE_ROW) {
-        items.emplace(columnText(statement, 0), columnText(statement, 1));
+        items.emplace(columnText(statement.get(), 0), columnText(statement.get(), 1));
     }
     return items;
 }

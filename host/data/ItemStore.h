@@ -6,6 +6,7 @@
 #include <string>
 
 struct sqlite3;
+struct sqlite3_stmt;
 
 /// Items by key in an SQLite file with a write-ahead log, or in memory. What put() has returned from survives a kill
 /// of the process. Not safe for use by several threads at once.
@@ -30,5 +31,6 @@ private:
     /// Whether the file is sound and its table has the known columns.
     bool check(std::string& error);
 
-    sqlite3* m_database = nullptr; ///< owned, as SQLite's interface has it
+    sqlite3* m_database = nullptr;       ///< owned, as SQLite's interface has it
+    sqlite3_stmt* m_selection = nullptr; ///< likewise; of one item, made once: a service reads hundreds at its start
 };

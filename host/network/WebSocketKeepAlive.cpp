@@ -49,7 +49,10 @@ void WebSocketKeepAlive::stop() {
 void WebSocketKeepAlive::pongArrived() {
     m_pongAwaited = false;
     m_timeoutReported = false;
-    m_pongTimer.cancel();
+    // A cancelled timer would still wake the thread up at its time: one that expires at once lets the event loop set
+    // the next time anew.
+    m_pongTimer.expires_after(Milliseconds(0));
+    m_pongTimer.async_wait([](const boost::system::error_code&) {});
 }
 
 void WebSocketKeepAlive::interfaceUp() {

@@ -88,6 +88,12 @@ private:
 
 /// Until a signal, or with --once until the first login has ended. Returns the exit status.
 int runUntilEnd(const Options& options, Telephone& telephone, Output& output, const sigset_t& signals) {
+    if (options.json && !options.once) {
+        // Nothing to look at: an idle telephone sleeps.
+        int signal = 0;
+        sigwait(&signals, &signal);
+        return 0;
+    }
     const auto limit = std::chrono::steady_clock::now() + onceLimit;
     while (!endSignalCame(signals)) {
         output.look(ChannelState::isOpen());
