@@ -97,18 +97,18 @@ class Canaries(TelephoneCase):
 
         def arrived(_):
             # A session that was read from the list may have been left meanwhile, if a pong was late.
-            wait_until(lambda: plant_and_silence() or self.upgrades_with(f"wsc={CONTEXT}"), what="the recovery")
+            wait_until(lambda: plant_and_freeze() or self.upgrades_with(f"wsc={CONTEXT}"), what="the recovery")
 
-        def plant_and_silence():
+        def plant_and_freeze():
             for session in subscribed():
-                if session not in silenced:
-                    silenced.add(session)
+                if session not in frozen:
+                    frozen.add(session)
                     self.cloud.admin("POST", f"sessions/{session}/frame", {"json": [meta, {"event": "none", "body": {}}]})
-                    self.cloud.admin("POST", f"sessions/{session}/silence", {"on": True})
+                    self.cloud.admin("POST", f"sessions/{session}/freeze-pongs", {"on": True})
 
         meta = {"type": "ServerNotification", "messageId": "m", "status": 200,
                 "wsc": {"token": CONTEXT, "sequence": 1000}}
-        silenced = set()
+        frozen = set()
         self.search(CONTEXT, lambda: None, arrived)
 
 
