@@ -31,7 +31,7 @@ void ScriptedNetwork::verify() {
 }
 
 std::unique_ptr<Exchange> ScriptedNetwork::accept(const Request& request) {
-    static const char* const methods[] = {"GET", "POST", "PUT", "DELETE"};
+    static const char* const methods[] = {"GET", "POST", "DELETE", "PUT"};
     TestPlatform::current().locks.checkRequest();
     TestPlatform::current().steps.add("request ", methods[request.method] + (" " + request.target));
     requests.push_back(request);

@@ -128,6 +128,19 @@ TEST_F(TotalDeletion, StartsAFullSynchronisation) {
     EXPECT_EQ(Batch(), fullBatch());
 }
 
+TEST_F(TotalDeletion, LeavesTheCallsToTheFullSynchronisation) {
+    connectWithViewedCall();
+    expectTotalDeletion();
+    service->deleteAllCallLogEntries();
+
+    // It is known still: the request goes to its own path.
+    expectDeletion(path(own("/call-log/7")));
+    service->deleteCallLogEntry("7");
+
+    expectFullCallLog("c2");
+    runThreads();
+}
+
 TEST_F(TotalDeletion, MakesTheNextCycleFullWhenTheRefreshBacksOff) {
     connectWithViewedCall();
     service->refreshCallLogEntries();

@@ -202,6 +202,20 @@ TEST_F(SharedLineCallLog, AFullSynchronisationWithoutAnAnswerLeavesTheLinesMapEm
     EXPECT_TRUE(line("201").m_bcaLinesCcallLogMap.empty());
 }
 
+TEST_F(SharedLineCallLog, AFullSynchronisationEmptiesTheLineInTheListBeforeItsRequest) {
+    connectWithLines({{"201", "A"}});
+    expectFullLineLog("201", "t1", {call("old")});
+    overview("+49201@example", "A");
+    service->clearSyncTokens();
+    expectFullCallLog();
+    expectFullLineLog("201", "t2").whileAwaited([this] {
+        EXPECT_TRUE(line("201").m_bcaLinesCcallLogMap.empty());
+        EXPECT_FALSE(line("201").fullSyncPending);
+    });
+
+    service->getCallLogs();
+}
+
 TEST_F(SharedLineCallLog, DuringARecoveryOfTheChannelTheTokenIsKept) {
     connectWithReadyLines({{"201", "A"}});
     startRecovery();

@@ -159,6 +159,15 @@ TEST_F(ContactWriteBack, AFullBookTakesNoAddAndSaysNothing) {
     EXPECT_TRUE(observer.events.empty());
 }
 
+TEST_F(ContactWriteBack, AFullBookDoesNotLookAtWhatIsAdded) {
+    connectWithFullBook();
+
+    service->addNewContact("<contact><firstname>\xff</firstname></contact>");
+
+    EXPECT_TRUE(logged(2, "addNewContact() - max number of contacts exceeded!"));
+    EXPECT_FALSE(platform.log.contains("create contact in JSON format failed!"));
+}
+
 TEST_F(ContactWriteBack, AFullBookStillTakesEditsAndDeletions) {
     connectWithFullBook();
     const CloudContact edited{7, "Carla", "Clay", "", "Alive"};
@@ -343,5 +352,7 @@ TEST_F(ContactWriteBack, AServiceThatIsNotRunningSendsNothing) {
 
     ASSERT_EQ(3u, platform.log.lines().size());
     EXPECT_TRUE(logged(4, "addNewContact(a) - isRunnnig[false], m_sync_phonebook[true]"));
+    EXPECT_TRUE(logged(4, "updateEditedContact(b) - isRunnnig[false], m_sync_phonebook[true]"));
+    EXPECT_TRUE(logged(4, "deleteSingleContact(c) - isRunnnig[false], m_sync_phonebook[true]"));
     EXPECT_TRUE(observer.events.empty());
 }

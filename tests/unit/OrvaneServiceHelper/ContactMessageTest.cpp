@@ -68,7 +68,7 @@ TEST_F(ContactMessage, AFieldThatIsNoTextIsRefused) {
 }
 
 TEST_F(ContactMessage, EveryAllocationThatFailsIsReported) {
-    const std::string xml = "<contact><firstname>f</firstname></contact>";
+    const std::string xml = "<contact><id>7</id><firstname>f</firstname></contact>";
     std::size_t allocations = 0;
     {
         const JsonAllocations all(0);
@@ -81,6 +81,7 @@ TEST_F(ContactMessage, EveryAllocationThatFailsIsReported) {
     bool withoutText = false;
     for (std::size_t failing = 1; failing <= allocations; ++failing) {
         json.clear();
+        id = "as it was";
         platform.log.clear();
         const JsonAllocations one(failing);
 
@@ -91,6 +92,8 @@ TEST_F(ContactMessage, EveryAllocationThatFailsIsReported) {
         withoutObject |= platform.log.has(6, "createContact() - cannot allocate json message");
         withoutMember |= platform.log.has(6, "createContact() - cannot add firstName[f]");
         withoutText |= platform.log.has(2, "createContact() - contact is empty!");
+        // The id is known before the text is made.
+        EXPECT_EQ(platform.log.has(2, "createContact() - contact is empty!") ? "7" : "as it was", id) << failing;
     }
     EXPECT_TRUE(withoutObject);
     EXPECT_TRUE(withoutMember);

@@ -174,6 +174,12 @@ TEST_F(RemoteCall, AMessageWaitingIndicationIsAnswered) {
     }
 }
 
+TEST_F(RemoteCall, AMessageWaitingIndicationMayEnd) {
+    call("sipVoicemailStatusProcessed", {{"lineURI", "+491"}, {"lineName", "Own"}}, {{"mwiIndicated", false}});
+
+    expectCalls({"sipVoicemailStatusProcessed +491 Own false"});
+}
+
 TEST_F(RemoteCall, AnIndicationThatMissesAParameterIsAnsweredWithFalse) {
     const std::vector<std::pair<Texts, Flags>> incomplete = {{{}, {}},
                                                              {{{"lineURI", "+491"}}, {}},
