@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -245,6 +246,8 @@ int main(int argc, char** argv) try {
     if (!LogSink::configure(log, error)) {
         throw std::runtime_error(error);
     }
+    // The server writes by OpenSSL, without MSG_NOSIGNAL, to telephones that may have gone already.
+    std::signal(SIGPIPE, SIG_IGN);
     TestCertificates certificates;
     Provider provider(certificates.server());
     const std::string authorities = certificates.authority().certificate;
