@@ -80,6 +80,7 @@ Threader::Threader() : m_representation(std::make_unique<Representation>()) {
 }
 
 Threader::~Threader() {
+    TestPlatform::current().steps.add("threader ends");
     TestPlatform::current().threads.waitForAllOf(this);
 }
 

@@ -237,6 +237,7 @@ TEST_F(EventSubscriptionTest, AMessageThatCannotBeBuiltIsForgotten) {
     prepare(Setup());
     // No text of JSON: the path of the request cannot be written.
     service->setSusbcriptionId("\xff");
+    platform.locks.keepTrace();
     EXPECT_FALSE(service->updateSubscriptionOvEvents());
     EXPECT_TRUE(logged(2, "updateSubscriptionOvEvents() - create Client Request message failed!"));
     EXPECT_FALSE(service->refreshOvEventsSubscription());
@@ -244,7 +245,11 @@ TEST_F(EventSubscriptionTest, AMessageThatCannotBeBuiltIsForgotten) {
     EXPECT_FALSE(service->cancelSubscriptionOvEvents());
     EXPECT_TRUE(logged(2, "cancelSubscribtionOvEvents() - create Client Request message failed!"));
     EXPECT_TRUE(frames().empty());
-    // The ids were found and removed: three errors and no more.
+    // Each id is stored and taken away again; three errors and no more.
+    EXPECT_EQ("m_dndSem{} m_uuidMessagesSem{} m_fpkPresenceMapSem{} m_subscriptionIdSem{} m_uuidMessagesSem{} "
+              "m_uuidMessagesSem{} "
+              "m_subscriptionIdSem{} m_uuidMessagesSem{} m_uuidMessagesSem{} m_subscriptionIdSem{} m_uuidMessagesSem{}",
+              platform.locks.trace());
     EXPECT_FALSE(log().contains("not found!"));
     platform.locks.checkNothingHeld();
 }
