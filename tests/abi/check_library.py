@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Checks what the built library offers and how it is protected.
 
-usage: check_library.py exports|hardening|shipping LIBRARY NM READELF
+usage: check_library.py exports|random|hardening|shipping LIBRARY NM READELF
 """
 
 import json
@@ -11,6 +11,7 @@ import sys
 from pathlib import Path
 
 SIZE_BUDGET_BYTES = 200_000  # stripped, for the telephone's 32-bit processor
+SEEDS = {"srand", "srandom", "srand48", "seed48", "lcong48", "initstate", "setstate"}
 EXPORTS = {"createOrvaneService", "createOrvaneServiceInvoker", "createOrvaneServiceObserverProxy"}
 
 
@@ -28,6 +29,16 @@ def check_exports(library, nm, _readelf):
             yield f"{name} ({kind}) is exported"
         elif kind != "T":
             yield f"{name} is not a plain function but of kind {kind}"
+
+
+def check_random(library, nm, _readelf):
+    """The delays come from the system's generator, and seeding it is left to the platform."""
+    symbols = output(nm, "-D", "--undefined-only", "--format=posix", library).splitlines()
+    needed = {line.split()[0].split("@")[0] for line in symbols}
+    if "rand" not in needed:
+        yield "rand is not asked for"
+    for name in sorted(needed & SEEDS):
+        yield f"{name} is asked for"
 
 
 def check_hardening(library, _nm, readelf):
@@ -104,7 +115,12 @@ def check_debug_file(path, sections, readelf):
         yield "the file beside it has no debug information"
 
 
-CHECKS = {"exports": check_exports, "hardening": check_hardening, "shipping": check_shipping}
+CHECKS = {
+    "exports": check_exports,
+    "random": check_random,
+    "hardening": check_hardening,
+    "shipping": check_shipping,
+}
 
 
 def main():

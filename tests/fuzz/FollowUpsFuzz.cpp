@@ -21,8 +21,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         exchange.status = statuses[input.choice(statuses.size())];
         const unsigned connection = input.choice(4);
         exchange.closesAfter = connection == 1;
-        exchange.readFails = connection == 2;
-        exchange.sendFails = connection == 3;
+        exchange.readResult = connection == 2 ? HttpClientIfc::FAILURE : HttpClientIfc::SUCCESS;
+        exchange.sendResult = connection == 3 ? HttpClientIfc::FAILURE : HttpClientIfc::SUCCESS;
         exchange.location = input.line();
         exchange.retryAfterSeconds = std::atoi(exchange.location.c_str());
     };

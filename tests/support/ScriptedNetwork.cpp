@@ -118,10 +118,12 @@ SecureConnectionEstablisher::~SecureConnectionEstablisher() {
 }
 
 void SecureConnectionEstablisher::setupClient(CertificateMgmt::eInterface client) {
+    TestPlatform::current().steps.add("set up client ", std::to_string(client));
     TestPlatform::current().network.clients.push_back(client);
 }
 
 void SecureConnectionEstablisher::addOption(int option) {
+    TestPlatform::current().steps.add("connection option ", std::to_string(option));
     TestPlatform::current().network.options.push_back(option);
 }
 
@@ -148,7 +150,7 @@ int SecureConnectionEstablisher::getConnectionKind() const {
 }
 
 SecureConnection* SecureConnectionEstablisher::getConnection() {
-    return m_representation->connection.get();
+    return TestPlatform::current().network.hidesConnection ? nullptr : m_representation->connection.get();
 }
 
 struct HttpClient::Representation {
@@ -164,7 +166,7 @@ struct HttpClient::Representation {
         if (chunksRead < exchange->moreChunks.size()) {
             return MORE_DATA;
         }
-        return exchange->readFails ? FAILURE : SUCCESS;
+        return exchange->readResult;
     }
 };
 
@@ -205,10 +207,7 @@ HttpClientIfc::eResult HttpClient::send(SecureConnection* connection, HTTPMETHOD
     m_representation->exchange =
         TestPlatform::current().network.accept({method, target, std::string(body, bodyLength), headers,
                                                 m_representation->contentType, scripted->server, scripted->number});
-    if (!m_representation->exchange || m_representation->exchange->sendFails) {
-        return FAILURE;
-    }
-    return SUCCESS;
+    return m_representation->exchange ? m_representation->exchange->sendResult : FAILURE;
 }
 
 HttpClientIfc::eResult HttpClient::readResponse(SecureConnection* connection, std::string& responseData,
@@ -219,6 +218,12 @@ HttpClientIfc::eResult HttpClient::readResponse(SecureConnection* connection, st
     if (exchange.during) {
         exchange.during();
     }
+    if (exchange.closesAfter) {
+        static_cast<ScriptedConnection*>(connection)->closeByPeer();
+    }
+    if (exchange.readsNothing) {
+        return FAILURE;
+    }
     m_representation->answerRead = true;
     statusCode = static_cast<eStatusCode>(exchange.status);
     responseData = exchange.responseBody;
@@ -226,9 +231,6 @@ HttpClientIfc::eResult HttpClient::readResponse(SecureConnection* connection, st
     totalLength = static_cast<int>(exchange.responseBody.size());
     for (const std::string& chunk : exchange.moreChunks) {
         totalLength += static_cast<int>(chunk.size());
-    }
-    if (exchange.closesAfter) {
-        static_cast<ScriptedConnection*>(connection)->closeByPeer();
     }
     return m_representation->resultAfterPart();
 }

@@ -24,8 +24,9 @@ struct Exchange {
     std::string location;
     int retryAfterSeconds = -1;
     std::vector<std::string> moreChunks; ///< parts of the body behind `responseBody`
-    bool sendFails = false;
-    bool readFails = false;       ///< on the last part
+    HttpClientIfc::eResult sendResult = HttpClientIfc::SUCCESS;
+    HttpClientIfc::eResult readResult = HttpClientIfc::SUCCESS; ///< of the last part
+    bool readsNothing = false;    ///< reading fails before anything of the answer is known
     bool closesAfter = false;     ///< the peer closes the connection behind the answer
     std::function<void()> during; ///< runs while the answer is awaited
 
@@ -43,11 +44,16 @@ struct Exchange {
         return answers(429);
     }
     Exchange& failsToSend() {
-        sendFails = true;
+        sendResult = HttpClientIfc::FAILURE;
         return *this;
     }
     Exchange& breaksOff() {
-        readFails = true;
+        readResult = HttpClientIfc::FAILURE;
+        return *this;
+    }
+    /// The connection ends before anything of the answer is there.
+    Exchange& bringsNothing() {
+        readsNothing = true;
         return *this;
     }
     Exchange& thenCloses() {
@@ -84,6 +90,7 @@ public:
     /// Answers what no expectation was made for; without it such a request fails the test.
     std::function<void(const Request&, Exchange&)> answersUnexpected;
     bool connectFails = false;
+    bool hidesConnection = false;      ///< establishers have no connection object to show
     std::vector<std::string> connects; ///< URLs, failed ones too
     std::vector<int> clients;          ///< argument of setupClient, for each establisher
     std::vector<int> options;

@@ -59,6 +59,13 @@ TEST_F(Extension, KeepsTheIdWhenItIsNoInteger) {
     EXPECT_TRUE(logged(6, "handleExtensionResponse() m_userId_old[1] m_userId[1][1]"));
 }
 
+TEST_F(Extension, KeepsTheIdOfAnAnswerThatIsNoObject) {
+    answerId("1");
+    answer("[]");
+
+    EXPECT_TRUE(logged(6, "handleExtensionResponse() m_userId_old[1] m_userId[1][1]"));
+}
+
 TEST_F(Extension, FailsByAStatusOtherThan200) {
     answerId("1");
     answer("gone", 404);
@@ -143,6 +150,19 @@ TEST_F(User, IsNotAskedForWhenTheServiceDoesNotRun) {
 
     EXPECT_TRUE(logged(4, "reloadAllDataIfUserChanged()"));
     EXPECT_EQ(1u, requestCount());
+}
+
+TEST_F(User, WhoHadChangedBeforeTheTokenFailedIsLoggedInAnew) {
+    answerId("1");
+    expectToken().answers(500, "");
+    expectToken();
+    expectExtension();
+    expectGrants();
+
+    service->reloadAllDataIfUserChanged();
+
+    EXPECT_TRUE(logged(4, "reloadAllDataIfUserChanged() user has changed, reloading data"));
+    EXPECT_TRUE(service->isRunning());
 }
 
 TEST_F(User, ThatIsTheSameKeepsAllData) {

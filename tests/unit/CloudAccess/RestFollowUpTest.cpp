@@ -109,7 +109,7 @@ TEST_F(Redirection, FailsTheFourthTime) {
     expectPath().redirectsTo(301, "https://s/1");
     expectPath("/1").redirectsTo(301, "https://s/2");
     expectPath("/2").redirectsTo(301, "https://s/3");
-    expectPath("/3").redirectsTo(302, "https://s/4");
+    expectPath("/3").redirectsTo(302, "https://nowhere"); // the count comes before the path, which it does not have
 
     EXPECT_FALSE(get());
 
@@ -123,6 +123,7 @@ TEST_F(Redirection, WithoutAPathThrowsAndLeavesNoSemaphoreTaken) {
 
     EXPECT_THROW(get(), std::out_of_range);
 
+    EXPECT_TRUE(logged(4, "connectionHandler() requestCount[1] redirectionUrl[https://other]"));
     EXPECT_TRUE(platform.locks.held().empty());
     expectPath();
     EXPECT_TRUE(get());
@@ -133,13 +134,17 @@ class Retry : public RestTelephone {};
 TEST_F(Retry, WaitsAsLongAsTheCloudAsks) {
     expectPath().asksToWait(30);
     expectPath().answers(200, "now");
+    bool toldBefore = false;
+    platform.threads.duringSleep = [&] {
+        toldBefore = logged(4, "connectionHandler() requestCount[1] retryAfter[30]");
+    };
 
     EXPECT_TRUE(get());
 
+    EXPECT_TRUE(toldBefore);
     EXPECT_EQ("now", response);
     EXPECT_EQ(std::vector<int>{30}, platform.threads.sleepsSeconds);
     EXPECT_EQ(30000, platform.context.nowMilliseconds());
-    EXPECT_TRUE(logged(4, "connectionHandler() requestCount[1] retryAfter[30]"));
 }
 
 TEST_F(Retry, ComesAtOnceForZeroSeconds) {
@@ -257,7 +262,25 @@ public:
     std::vector<std::string> redirectionUrls;
 };
 
-class FollowUp : public RestTelephone {};
+class FollowUp : public RestTelephone {
+protected:
+    void expectNone() {
+        EXPECT_FALSE(get());
+        EXPECT_TRUE(logged(2, "connectionHandler() HttpClient::FAILURE on reading response"));
+        EXPECT_EQ(1u, requestCount());
+        EXPECT_TRUE(platform.threads.sleepsSeconds.empty());
+    }
+};
+
+TEST_F(FollowUp, DoesNotComeBehindARedirectionThatBreaksOff) {
+    expectPath().redirectsTo(302, "https://s/1").breaksOff();
+    expectNone();
+}
+
+TEST_F(FollowUp, DoesNotComeBehindARequestToWaitThatBreaksOff) {
+    expectPath().asksToWait(1).breaksOff();
+    expectNone();
+}
 
 TEST_F(FollowUp, GoesThroughTheVirtualOperation) {
     platform.store.set(PldsTags::ORVANE_API_SERVER_ADDRESS, "");

@@ -140,6 +140,60 @@ TEST_F(RestRequest, KeepsTheConnectionAndWhatWasReadWhenReadingFails) {
     EXPECT_EQ(0, platform.network.closes);
 }
 
+TEST_F(RestRequest, DropsAConnectionThatEndsBeforeTheAnswerIsWhole) {
+    expectPath().answers(200, "half").breaksOff().thenCloses();
+
+    EXPECT_FALSE(get());
+
+    EXPECT_EQ(0, platform.network.connectionsAlive);
+}
+
+TEST_F(RestRequest, HasNoStatusAndNoLengthWhenNothingCanBeRead) {
+    expectPath().bringsNothing();
+
+    EXPECT_FALSE(get());
+
+    EXPECT_EQ(0, status);
+    EXPECT_TRUE(logged(6, "connectionHandler() statusCode[0] result[1] maxResponseLength[1048576] totalLength[0] "
+                          "responseData.length[15]"));
+}
+
+TEST_F(RestRequest, KeepsAConnectionThatCannotBeAskedWhetherItIsOpen) {
+    expectPath().whileAwaited([this] { platform.network.hidesConnection = true; });
+    expectPath();
+
+    EXPECT_TRUE(get());
+    platform.network.hidesConnection = false;
+    EXPECT_TRUE(get());
+
+    EXPECT_EQ(1u, platform.network.connects.size());
+}
+
+class SendResult : public RestTelephone, public testing::WithParamInterface<int> {};
+
+TEST_P(SendResult, OtherThanFailureMeansSent) {
+    expectPath().answers(200, "body").sendResult = static_cast<HttpClientIfc::eResult>(GetParam());
+
+    EXPECT_TRUE(get());
+
+    EXPECT_EQ("body", response);
+}
+
+INSTANTIATE_TEST_SUITE_P(Number, SendResult, testing::Values(-1, 0, 2, 3, 2147483647));
+
+class ReadResult : public RestTelephone, public testing::WithParamInterface<int> {};
+
+TEST_P(ReadResult, OtherThanFailureAndMoreMeansTheEnd) {
+    expectPath().answers(200, "body").readResult = static_cast<HttpClientIfc::eResult>(GetParam());
+
+    EXPECT_TRUE(get());
+
+    EXPECT_EQ("body", response);
+    EXPECT_EQ(1u, platform.network.readLimits.size());
+}
+
+INSTANTIATE_TEST_SUITE_P(Number, ReadResult, testing::Values(-1, 0, 3, 2147483647));
+
 TEST_F(RestRequest, CollectsALongBodyChunkByChunk) {
     expectPath().answers(200, "one ").moreChunks = {"two ", "", "three"};
 

@@ -207,6 +207,7 @@ TEST_F(TokenFailure, ByABodyThatIsNoObject) {
     expectTokenAnswer(200, "[]");
     expectFailure();
     EXPECT_TRUE(logged(2, "handleTokenResponse() not an object"));
+    EXPECT_FALSE(platform.log.contains("not a valid response"));
 }
 
 TEST_F(TokenFailure, ByAMissingToken) {

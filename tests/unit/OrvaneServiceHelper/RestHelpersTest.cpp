@@ -25,6 +25,8 @@ TEST_F(RedirectionPath, LeavesARelativeLocationAsItStands) {
     EXPECT_EQ("/a/b", Helper::getRedirectionPath("/a/b"));
     EXPECT_EQ("", Helper::getRedirectionPath(""));
     EXPECT_EQ("b?c", Helper::getRedirectionPath("b?c"));
+    EXPECT_TRUE(platform.log.has(6, "getRedirectionPath() IN locationUrl[/a/b]"));
+    EXPECT_FALSE(platform.log.contains("getRedirectionPath() OUT"));
 }
 
 TEST_F(RedirectionPath, CutsAtTheLastDoubleSlash) {
