@@ -94,7 +94,7 @@ json_t* OrvaneService::buildEventFilters(SubscriptionRequest request) {
     json_t* filters = json_array();
     if (m_sync_callLog) {
         const std::string presence = ownExtension + OV_EVENT_PRESENCE;
-        if (addEventFilter(filters, presence, m_szUserId) && request == SubscriptionRequest::CREATE) {
+        if (addEventFilter(filters, presence, m_szUserId)) {
             ORVANE_LOG(DEBUG, "subscribeOvEvents() - ovEvent[%s], m_szUserId[%s]", presence.c_str(),
                        m_szUserId.c_str());
         }

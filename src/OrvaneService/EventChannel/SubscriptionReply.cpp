@@ -121,6 +121,12 @@ void OrvaneService::takeDisabledFilters(json_t* disabledFilters, OrvaneEventList
 }
 
 void OrvaneService::renewSubscriptionTimer(const SubscriptionReply& reply) {
+    const bool wasActive = m_subscriptionOvStatus == OV_STATUS_ACTIVE;
+    if (wasActive && reply.status != OV_STATUS_ACTIVE) {
+        ORVANE_LOG(STATUS, "handleMsgClientRequest() - stop and delete timer!");
+        m_refreshSubscriptionTimer = stopAndDeleteTimer(m_refreshSubscriptionTimer);
+        return;
+    }
     if (m_pSvcRTEContext == nullptr) {
         return;
     }
@@ -130,7 +136,7 @@ void OrvaneService::renewSubscriptionTimer(const SubscriptionReply& reply) {
         m_subscriptionExpiresIn = reply.expiresInSeconds;
         ORVANE_LOG(STATUS, "handleMsgClientRequest() - start timer(%d) %d second(s)", m_refreshSubscriptionTimer,
                    m_subscriptionExpiresIn);
-    } else if (m_subscriptionOvStatus == OV_STATUS_ACTIVE && reply.status == OV_STATUS_ACTIVE) {
+    } else if (wasActive) {
         m_pSvcRTEContext->stopTimer(m_refreshSubscriptionTimer);
         if (m_subscriptionExpiresIn != reply.expiresInSeconds) {
             m_pSvcRTEContext->deleteTimer(m_refreshSubscriptionTimer);
@@ -141,8 +147,5 @@ void OrvaneService::renewSubscriptionTimer(const SubscriptionReply& reply) {
         m_pSvcRTEContext->startTimer(m_refreshSubscriptionTimer);
         ORVANE_LOG(STATUS, "handleMsgClientRequest() - restart timer(%d) %d second(s)", m_refreshSubscriptionTimer,
                    m_subscriptionExpiresIn);
-    } else if (m_subscriptionOvStatus == OV_STATUS_ACTIVE) {
-        ORVANE_LOG(STATUS, "handleMsgClientRequest() - stop and delete timer!");
-        m_refreshSubscriptionTimer = stopAndDeleteTimer(m_refreshSubscriptionTimer);
     }
 }

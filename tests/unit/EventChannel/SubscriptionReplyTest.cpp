@@ -435,8 +435,14 @@ TEST_F(SubscriptionReplyTest, WithoutTheFrameworksContextTheSubscriptionIsStored
     receive(reply("known", subscription("sub-1", "1", "Active", 1800, everything)));
     EXPECT_EQ("sub-1", service->getSubscriptionId());
     ASSERT_TRUE(service->storeUuidMessage("known"));
-    receive(reply("known", subscription("sub-2", "2", "Closed", 1800, everything)));
+    receive(reply("known", subscription("sub-2", "2", "Active", 1800, everything)));
     EXPECT_EQ("sub-2", service->getSubscriptionId());
+    EXPECT_FALSE(log().contains("start timer("));
+    EXPECT_FALSE(log().contains("stop and delete timer!"));
+    ASSERT_TRUE(service->storeUuidMessage("known"));
+    receive(reply("known", subscription("sub-3", "3", "Closed", 1800, everything)));
+    EXPECT_EQ("sub-3", service->getSubscriptionId());
+    EXPECT_TRUE(logged(4, "handleMsgClientRequest() - stop and delete timer!"));
     EXPECT_TRUE(timers().calls.empty());
 }
 
