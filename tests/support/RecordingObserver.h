@@ -32,6 +32,7 @@ public:
 
     Executable* getSubscribingService() override { return nullptr; }
     void informUserEvent(const std::string& msg, OrvaneServiceTypes::UserMsgType type) override {
+        lastMessage = &msg;
         Event event{"informUserEvent", type, {}, msg, {}};
         record(event);
     }
@@ -54,6 +55,7 @@ public:
     }
 
     const void* lastVoicemailMap = nullptr; ///< identity of the map that was handed in
+    const void* lastMessage = nullptr;      ///< the same of a message's text
 
 private:
     void record(Event& event) {

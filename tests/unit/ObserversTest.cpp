@@ -1,4 +1,4 @@
-#include "TestTelephone.h"
+#include "unit/CallData/SharedLineTelephone.h"
 
 #include <cstdio>
 #include <stdexcept>
@@ -90,15 +90,18 @@ TEST_F(Observers, OfANewSubscriptionAreGivenAllDataByTheNextSynchronisation) {
     runThreads();
 }
 
-TEST_F(Observers, WhoSubscribeAgainLeaveTheSyncTokensAsTheyWere) {
+TEST_F(Observers, WhoSubscribeAgainOrLeaveLeaveTheSyncTokensAsTheyWere) {
     withCallLog();
     withPhonebook();
     withObserver();
+    service->subscribe(&second);
     connectWithEmptyCloud();
 
     service->subscribe(&observer);
     service->subscribe(nullptr);
+    service->unsubscribe(&third);
     service->unsubscribe(&second);
+    EXPECT_EQ(1u, service->getNoOfObservers());
 
     expectIncrementalCallLog("c1", "c2");
     passSeconds(60);
@@ -106,6 +109,27 @@ TEST_F(Observers, WhoSubscribeAgainLeaveTheSyncTokensAsTheyWere) {
     service->refreshPhonebookEntries();
     runThreads();
 }
+
+class ObserversOfSharedLines : public SharedLineTelephone, public testing::WithParamInterface<const char*> {};
+
+TEST_P(ObserversOfSharedLines, EmptyTheLinesTokensAndRaiseNoFlag) {
+    platform.model = GetParam();
+    connectWithLines({{"201", "A"}, {"202", "B"}});
+    for (const char* id : {"201", "202"}) {
+        BcaLineType withToken = line(id);
+        withToken.callLogSyncToken = "t";
+        service->replaceBcaLineInList(withToken);
+    }
+
+    withObserver();
+
+    for (const char* id : {"201", "202"}) {
+        EXPECT_EQ("", line(id).callLogSyncToken);
+        EXPECT_FALSE(line(id).fullSyncPending);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Models, ObserversOfSharedLines, testing::Values("KD24", "MODEL"));
 
 TEST_F(Observers, WhoSubscribeDuringARequestAreServedFromTheTokenOfItsAnswer) {
     withCallLog();
@@ -133,9 +157,10 @@ TEST_F(Observers, SurviveStopAndANewStart) {
 TEST_F(Observers, AllGetEveryEvent) {
     service->subscribe(&observer);
     service->subscribe(&second);
+    const std::string message = "OV.Copied.contact.OK";
 
     service->fireOrvaneEvent(EVENT_TOKEN_FAILED);
-    service->fireInformUserEvent("OV.Copied.contact.OK", USER_MSG_INFO);
+    service->fireInformUserEvent(message, USER_MSG_INFO);
 
     for (RecordingObserver* one : {&observer, &second}) {
         ASSERT_EQ(2u, one->events.size());
@@ -143,6 +168,7 @@ TEST_F(Observers, AllGetEveryEvent) {
         EXPECT_EQ(6, one->events[0].type);
         EXPECT_EQ("informUserEvent", one->events[1].operation);
         EXPECT_EQ("OV.Copied.contact.OK", one->events[1].message);
+        EXPECT_EQ(&message, one->lastMessage) << "no copy of it";
         EXPECT_EQ(1, one->events[1].type);
     }
     EXPECT_FALSE(platform.log.contains("fireOrvaneEvent"));
@@ -278,10 +304,12 @@ TEST_F(Observers, CouldBeGivenThePhonebookInKeyOrder) {
     Batch published = lastBatch("orvaneFullSync", DATA_PHONEBOOK);
     ASSERT_EQ(3u, published.size());
     Batch records = {"what is there"};
+    platform.locks.keepTrace();
 
     service->prepareDataForObservers(records);
 
     EXPECT_EQ((Batch{"what is there", published[1], published[0], published[2]}), records);
+    EXPECT_EQ("", platform.locks.trace()) << "the caller's matter";
 }
 
 } // namespace

@@ -224,6 +224,29 @@ TEST_F(Roads, OfAnInterfaceThatGoesAndComesBack) {
     expectRoad("interface");
 }
 
+TEST_F(Roads, OfAnInterfaceThatComesBackInTime) {
+    liveOn();
+
+    interfaceChanges("down");
+    passSeconds(10);
+    interfaceChanges("up");
+
+    expectRoad("interface-in-time");
+    runThreads();
+}
+
+TEST_F(Roads, OfAnInterfaceThatGoesBeforeTheChannelStands) {
+    switchEverythingOn();
+    connect();
+    platform.steps.begin();
+
+    interfaceChanges("down");
+    interfaceChanges("up");
+
+    expectRoad("interface-early");
+    runThreads();
+}
+
 TEST_F(Roads, OfAChangeOfTheServer) {
     liveOn();
 
@@ -354,6 +377,18 @@ TEST_F(Roads, OfTheRenewalOfTheToken) {
     passSeconds(3600);
 
     expectRoad("token");
+}
+
+TEST_F(Roads, OfASecondObserver) {
+    RecordingObserver second;
+    second.reaction = [this](std::vector<std::string>&) { platform.steps.add("second observer"); };
+    liveOn();
+
+    service->subscribe(&second);
+    passSeconds(60);
+    service->unsubscribe(&second);
+
+    expectRoad("second-observer");
 }
 
 TEST_F(Roads, OfResetAndEnd) {

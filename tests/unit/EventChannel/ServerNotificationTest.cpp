@@ -342,6 +342,21 @@ TEST_F(ServerNotificationTest, DndThatIsSwitchedOffIsNotTaken) {
     EXPECT_EQ(0, dndSwitchWrites());
 }
 
+TEST_F(ServerNotificationTest, DndThatWasSwitchedOffMeanwhileHasForgottenBothStatuses) {
+    platform.locks.allowAcrossRequests("m_dndSem");
+    subscribeAll();
+    receiveDnd(userId, "DoNotAcceptAnyCalls");
+    platform.dataManager.deliver(PldsTags::ORVANE_API_SYNC_DND, PldsTags::VALUE_FALSE);
+    runThreads();
+    platform.dataManager.deliver(PldsTags::ORVANE_API_SYNC_DND, PldsTags::VALUE_TRUE);
+    expectPresence().answers(500);
+    runThreads();
+
+    receiveDnd(userId, "DoNotAcceptAnyCalls");
+
+    EXPECT_TRUE(logged(6, statusLine(2, 0, 0)));
+}
+
 TEST_F(ServerNotificationTest, DndOfAnotherOwnerIsRefused) {
     subscribeAll();
     receive(notification(dnd, "99", dndBody(userId, "DoNotAcceptAnyCalls")));

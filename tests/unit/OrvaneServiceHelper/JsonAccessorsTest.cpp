@@ -179,6 +179,8 @@ TEST(PartyOfACall, HasItsNameOrNone) {
 
 TEST(PartyOfACall, HasItsPhoneNumberBeforeItsExtensionNumber) {
     EXPECT_EQ("+49", numberOf(R"({"extensionNumber":"101","phoneNumber":"+49"})"));
+    EXPECT_EQ("", numberOf(R"({"extensionNumber":"101","phoneNumber":""})")) << "an empty one is one";
+    EXPECT_EQ("", numberOf(R"({"extensionNumber":""})"));
     EXPECT_EQ("101", numberOf(R"({"extensionNumber":"101"})"));
     EXPECT_EQ("Caller.Unknown.XXX", numberOf("{}"));
     EXPECT_EQ("Caller.Unknown.XXX", numberOf(R"({"phoneNumber":5})"));

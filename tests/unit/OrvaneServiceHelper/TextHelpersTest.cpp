@@ -101,6 +101,14 @@ TEST(IntersectionOfTexts, ADuplicateNeedsItsOwnDuplicate) {
     EXPECT_EQ((Texts{"a"}), texts.onlyInFirst);
 }
 
+TEST(IntersectionOfTexts, OfDuplicatesTheFirstGoes) {
+    Intersection texts{{"b"}, {"b", "x", "b"}, {}};
+
+    texts.find();
+
+    EXPECT_EQ((Texts{"x", "b"}), texts.second);
+}
+
 TEST(IntersectionOfTexts, AppendsToWhatIsThere) {
     Intersection texts{{"a"}, {}, {"former"}};
 

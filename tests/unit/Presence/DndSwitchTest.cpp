@@ -24,8 +24,11 @@ protected:
 TEST_F(DndSwitch, TheGetterGivesTheStoresTexts) {
     connectWith("TakeAllCalls");
 
+    platform.steps.begin();
     EXPECT_EQ(PldsTags::VALUE_TRUE, service->OrvaneApiSyncDndGetter());
-    EXPECT_TRUE(logged(4, "OrvaneApiSyncDndGetter() - m_sync_dnd[true]"));
+    EXPECT_EQ((std::vector<std::string>{"take m_dndSem", "log 4 OrvaneApiSyncDndGetter() - m_sync_dnd[true]",
+                                        "give m_dndSem"}),
+              platform.steps.steps());
     setFeature("no");
     EXPECT_EQ(PldsTags::VALUE_FALSE, service->OrvaneApiSyncDndGetter());
     EXPECT_TRUE(logged(4, "OrvaneApiSyncDndGetter() - m_sync_dnd[false]"));
@@ -96,7 +99,7 @@ TEST_F(DndSwitch, AChangeRunsOnAThreadOfItsOwn) {
     EXPECT_TRUE(logged(4, "asyncSyncDndRunner()"));
 }
 
-TEST_F(DndSwitch, TwoQuickSwitchesRunOneAfterTheOther) {
+TEST_F(DndSwitch, QuickSwitchesRunOneAfterTheOther) {
     connectWithFeatureOff();
     setFeature(PldsTags::VALUE_TRUE);
     const unsigned long first = platform.threads.spawned.back().id;
@@ -105,12 +108,31 @@ TEST_F(DndSwitch, TwoQuickSwitchesRunOneAfterTheOther) {
     // The value is off again when the first thread comes to run: it finds the pair of the second switch.
     setFeature(PldsTags::VALUE_FALSE);
 
+    const unsigned long second = platform.threads.spawned.back().id;
     EXPECT_EQ((std::vector<unsigned long>{first}), platform.threads.waitedFor);
-    EXPECT_TRUE(logged(6, "syncDnd() - sync DND was turned off!"));
+    EXPECT_EQ(1, platform.log.count(6, "syncDnd() - sync DND was turned off!"));
     EXPECT_EQ(1u, platform.threads.pendingCount());
-    runThreads();
-    EXPECT_EQ(2, platform.log.count(6, "syncDnd() - sync DND was turned off!"));
     EXPECT_TRUE(platform.network.requests.empty());
+    expectPresence();
+    setFeature(PldsTags::VALUE_TRUE);
+    EXPECT_EQ((std::vector<unsigned long>{first, second}), platform.threads.waitedFor);
+    EXPECT_EQ(1u, platform.threads.pendingCount());
+    expectPresence();
+    runThreads();
+    EXPECT_EQ(2, platform.log.count(6, "SyncDnd() - sync DND was turned on!"));
+}
+
+TEST_F(DndSwitch, AThreadIsThereToBeWaitedForUntilItsEnd) {
+    connectWithFeatureOff();
+    setFeature(PldsTags::VALUE_TRUE);
+    const unsigned long first = platform.threads.spawned.back().id;
+    expectPresence().whileAwaited([this] { setFeature(PldsTags::VALUE_FALSE); });
+
+    runThreads();
+
+    // On a telephone the switch comes from another thread; here it can only come from the one that is waited for.
+    EXPECT_EQ((std::vector<unsigned long>{first}), platform.threads.waitedForItself);
+    platform.threads.waitedForItself.clear();
 }
 
 TEST_F(DndSwitch, AfterTheEndOfTheFirstASecondSwitchNeedsNoWait) {

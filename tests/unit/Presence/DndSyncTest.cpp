@@ -1,8 +1,19 @@
+#include "JsonAllocations.h"
 #include "PresenceTelephone.h"
 
 namespace {
 
-class DndSync : public PresenceTelephone {};
+class DndSync : public PresenceTelephone {
+protected:
+    /// One line, under the semaphore, and nothing else.
+    void expectRefused(int status, const std::string& response, const std::string& line) {
+        platform.steps.begin();
+        EXPECT_FALSE(handle(status, response));
+        EXPECT_EQ((std::vector<std::string>{"take m_dndSem", "log 2 handleServerDndStatusResponse() " + line,
+                                            "give m_dndSem"}),
+                  platform.steps.steps());
+    }
+};
 
 } // namespace
 
@@ -74,6 +85,28 @@ TEST_F(DndSync, AServiceThatIsNotRunningSendsNothing) {
     EXPECT_TRUE(platform.network.requests.empty());
     EXPECT_TRUE(logged(4, "updateUserPresenceStatus() - new DND state[false], DND feature is enabled[true], is orvane "
                           "in state running[false]"));
+}
+
+TEST_F(DndSync, WithoutMemoryForTheBodyNothingIsSent) {
+    connectWith("TakeAllCalls");
+    std::size_t allocations = 0;
+    platform.network.answersUnexpected = [&](const ScriptedNetwork::Request&, Exchange& exchange) {
+        allocations = JsonAllocations::count();
+        exchange.answers(500);
+    };
+    {
+        const JsonAllocations enough(0);
+        service->updateUserPresenceStatus(true);
+    }
+    ASSERT_GE(allocations, 2u);
+    forgetRecords();
+
+    for (std::size_t failing = 1; failing <= allocations; ++failing) {
+        const JsonAllocations scarce(failing);
+        service->updateUserPresenceStatus(true);
+
+        EXPECT_TRUE(platform.network.requests.empty()) << failing;
+    }
 }
 
 TEST_F(DndSync, ARefusedChangeLeavesTheSwitchAndIsNotRepeated) {
@@ -203,27 +236,22 @@ TEST_F(DndSync, AnswersArePassedOverWithTheFeatureOff) {
     platform.store.set(PldsTags::ORVANE_API_SYNC_DND, PldsTags::VALUE_FALSE);
     connectWithEmptyCloud();
 
-    EXPECT_FALSE(handle(200, CloudAnswers::presence("DoNotAcceptAnyCalls")));
+    expectRefused(200, CloudAnswers::presence("DoNotAcceptAnyCalls"), "- server DND disabled!");
+    expectRefused(404, "none", "- server DND disabled!");
 
-    EXPECT_TRUE(logged(2, "handleServerDndStatusResponse() - server DND disabled!"));
     EXPECT_EQ("", dndItem());
 }
 
 TEST_F(DndSync, AnswersThatCannotBeUsedAreReportedAndKeepTheStoredStatus) {
     connectWith("TakeAllCalls");
 
-    EXPECT_FALSE(handle(404, "none"));
-    EXPECT_FALSE(handle(200, ""));
-    EXPECT_FALSE(handle(200, "["));
-    EXPECT_FALSE(handle(200, "{\"dndStatus\":5}"));
-    EXPECT_FALSE(handle(200, "{\"dndStatus\":\"takeAllCalls\"}"));
-    EXPECT_TRUE(handle(200, CloudAnswers::presence("TakeAllCalls")));
+    expectRefused(404, "none", "HTTP[404] responseData:\nnone");
+    expectRefused(200, "", "HTTP[200] responseData:\n");
+    expectRefused(200, "[", "error on line 1:1(1) ']' expected near end of file");
+    expectRefused(200, "{\"dndStatus\":5}", "not found the parameter dndStatus");
+    expectRefused(200, "{\"dndStatus\":\"takeAllCalls\"}", "not supported value of dndStatus [takeAllCalls]");
 
-    EXPECT_TRUE(logged(2, "handleServerDndStatusResponse() HTTP[404] responseData:\nnone"));
-    EXPECT_TRUE(logged(2, "handleServerDndStatusResponse() HTTP[200] responseData:\n"));
-    EXPECT_TRUE(logged(2, "handleServerDndStatusResponse() error on line 1:1(1) ']' expected near end of file"));
-    EXPECT_TRUE(logged(2, "handleServerDndStatusResponse() not found the parameter dndStatus"));
-    EXPECT_TRUE(logged(2, "handleServerDndStatusResponse() not supported value of dndStatus [takeAllCalls]"));
+    EXPECT_TRUE(handle(200, CloudAnswers::presence("TakeAllCalls")));
     EXPECT_EQ(0, dndWrites()) << "the last one is no change";
 }
 

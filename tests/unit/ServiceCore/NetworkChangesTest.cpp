@@ -296,9 +296,12 @@ TEST_F(NetworkChanges, OtherItemsArePassedOver) {
     platform.store.change(PldsTags::ORVANE_API_VIEWED_MISSED_CALL_IDS, "\"x\"");
     ManageableData data;
     data.populate("unknown-item", "unknown-item", "v");
+    const std::string likeAKey = "x-" + PldsTags::FUNCTION_KEY_ID + "100";
+    data.populate(likeAKey, likeAKey, "59");
     service->manageableDataChanged(data);
 
-    EXPECT_EQ(2u, platform.log.lines().size());
+    EXPECT_EQ(3u, platform.log.lines().size());
+    EXPECT_EQ(0u, service->getFpkPresenceMapSize());
     EXPECT_TRUE(logged(4, "manageableDataChanged() id[unknown-item] itemVal[v]"));
     EXPECT_FALSE(service->isMissedCallViewed("x"));
 }

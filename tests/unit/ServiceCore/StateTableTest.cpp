@@ -60,6 +60,22 @@ TEST_F(StateTable, ALoginIsStartUntilTheTokenIsThere) {
     EXPECT_EQ(CONNECTED, state());
 }
 
+TEST_F(StateTable, AGroupDuringALoginLeavesItInStart) {
+    ServiceState during = INITIALIZED;
+    initialise();
+    expectToken().whileAwaited([&] {
+        deliverGroup();
+        during = state();
+    });
+    expectExtension();
+    expectGrants();
+
+    runThreads();
+
+    EXPECT_EQ(START, during);
+    EXPECT_EQ(CONNECTED, state());
+}
+
 TEST_F(StateTable, AFailedTokenIsStop) {
     initialise();
     expectToken().answers(500);

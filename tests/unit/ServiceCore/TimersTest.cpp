@@ -1,3 +1,5 @@
+#include "data/ServiceDataManager.h"
+#include "threads/Threader.h"
 #include "unit/EventChannel/ChannelTelephone.h"
 
 #include <limits>
@@ -38,6 +40,44 @@ TEST_F(Timers, ThatNobodyHasAreIgnored) {
     service->timerEvent(-1);
 
     EXPECT_TRUE(platform.log.lines().empty());
+}
+
+TEST_F(Timers, OfNoIdAreTheFirstThatDoesNotExist) {
+    service->timerEvent(0);
+    EXPECT_TRUE(logged(6, "timerEvent(0) token timer expired, state[INITIALIZED]"));
+    connectWithEmptyCloud();
+    platform.log.clear();
+
+    service->timerEvent(0);
+
+    EXPECT_TRUE(logged(6, "timerEvent(0) refresh Subscription OV events timer expired, state[CONNECTED]"));
+    EXPECT_TRUE(frames().empty());
+}
+
+/// Counts what goes through the virtual operation.
+class CountingService : public OrvaneService {
+public:
+    using OrvaneService::OrvaneService;
+
+    bool getToken() override {
+        ++tokens;
+        return OrvaneService::getToken();
+    }
+    int tokens = 0;
+};
+
+TEST_F(Timers, OfTheTokenAndTheLoginAskForItThroughTheVirtualOperation) {
+    nameSemaphoresOfNextService();
+    auto owned = std::make_unique<CountingService>(new ServiceDataManager, new Threader);
+    const CountingService& counting = *owned;
+    service = std::move(owned);
+    connectWithEmptyCloud();
+    EXPECT_EQ(1, counting.tokens);
+    expectToken();
+
+    pass(duration(tokenTimer()));
+
+    EXPECT_EQ(2, counting.tokens);
 }
 
 TEST_F(Timers, OfTheTokenRenewItWhileConnected) {
