@@ -185,6 +185,14 @@ protected:
         return position == std::string::npos ? std::string() : url.substr(position + 5);
     }
 
+    /// What a flush of the recovery buffer sends now.
+    std::vector<std::string> flushed() {
+        frames().clear();
+        service->setWebSocketState(OrvaneService::WS_STATE_SENDING_RECOVERY_BUFFER);
+        service->sendRecoveryBuffer();
+        return frames();
+    }
+
     void clearRecords() {
         log().clear();
         timers().calls.clear();

@@ -52,6 +52,14 @@ TEST_F(MessageEnvelopeTest, OfTwoElementsThatQualifyTheLaterOneWins) {
     EXPECT_EQ("none", text(parsed.data));
 }
 
+TEST_F(MessageEnvelopeTest, EachElementThatQualifiesBringsItsSessionContext) {
+    logIn();
+    const std::string context = R"({"type":"A","messageId":"1","status":200,"wsc":{"token":"a","sequence":1}})";
+    receive("[" + context + R"(,{"type":"B","messageId":"2"}])");
+    EXPECT_TRUE(logged(3, "onMessage() unknown message type 'B'"));
+    EXPECT_EQ("a", sessionContext());
+}
+
 TEST_F(MessageEnvelopeTest, WithoutStringTypeAndStringIdAnElementIsData) {
     for (const std::string element :
          {R"({"type": "T"})", R"({"messageId": "1"})", R"({"type": 1, "messageId": "1"})",
@@ -186,6 +194,30 @@ TEST_F(MessageEnvelopeTest, BytesThatAreNoUtf8AreDropped) {
     EXPECT_TRUE(log().contains("onMessage() error on line 1:"));
 }
 
+TEST_F(MessageEnvelopeTest, AFrameIsOneStrictJsonTextThatMayDoubleAKey) {
+    openSession();
+    const std::vector<std::pair<std::string, std::pair<int, std::string>>> entries = {
+        {R"([{"type":"T","type":"U","messageId":"1"}])", {3, "onMessage() unknown message type 'U'"}},
+        {R"([{"type":"T","messageId":"1"}] x)",
+         {2, "onMessage() error on line 1:32(32) end of file expected near 'x'"}},
+        {"17", {2, "onMessage() error on line 1:2(2) '[' or '{' expected near '17'"}},
+        {R"([{"type":"\u0000","messageId":"1"}])",
+         {2, R"(onMessage() error on line 1:17(17) \u0000 is not allowed without JSON_ALLOW_NUL near '"\u0000"')"}},
+    };
+    for (const auto& [frame, line] : entries) {
+        log().clear();
+        receive(frame);
+        EXPECT_TRUE(logged(line.first, line.second)) << frame << "\n" << log().text(line.first);
+    }
+}
+
+TEST_F(MessageEnvelopeTest, AFrameCarriesCharactersBeyondAsciiAsTheyAre) {
+    openSession();
+    service->setSusbcriptionId("sub-\xC3\xBC");
+    ASSERT_TRUE(service->updateSubscriptionOvEvents());
+    EXPECT_NE(std::string::npos, lastFrame().find("\"/restapi/v1.0/subscription/sub-\xC3\xBC\"")) << lastFrame();
+}
+
 TEST_F(MessageEnvelopeTest, JsonThatIsNoArrayIsDropped) {
     openSession();
     clearRecords();
@@ -245,12 +277,16 @@ TEST_F(MessageEnvelopeTest, EachTypeHasItsHandler) {
 }
 
 TEST_F(MessageEnvelopeTest, AnErrorLeavesTheIdAndTheRequestPending) {
-    openSession();
+    subscribeAll();
+    ASSERT_TRUE(service->refreshOvEventsSubscription());
     const std::string id = TestJson::messageId(lastFrame());
-    log().clear();
     receive(R"([{"type":"Error","messageId":")" + id + R"("},{"errorCode":"X"}])");
     EXPECT_FALSE(service->handleMsgError(nullptr, nullptr));
-    EXPECT_TRUE(service->findUuidMessageAndDeleteIt(id));
+    // The id is still known, and the renewal awaited: only then is a subscription of another id refused.
+    receive(reply(id, subscription("sub-2", "2026-01-01T00:30:00Z", "Active", 1800, "")));
+    EXPECT_EQ("handleMsgClientRequest() - subscription OV events renew and ID of subscription is not equeal "
+              "old(sub-1), new(sub-2). Message is not processed!\n",
+              log().text(2));
 }
 
 TEST_F(MessageEnvelopeTest, DeepNestingIsRefusedByTheParser) {

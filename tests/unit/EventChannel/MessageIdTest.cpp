@@ -1,4 +1,5 @@
 #include "ChannelTelephone.h"
+#include "JsonAllocations.h"
 
 #include <boost/uuid/entropy_error.hpp>
 
@@ -161,6 +162,23 @@ TEST_F(MessageIdTest, ASecondCollisionGivesTheCancelUp) {
     openSessionWithCollisions();
     EXPECT_FALSE(service->cancelSubscriptionOvEvents());
     expectCollision("cancelSubscribtionOvEvents() - uuid already stored!");
+}
+
+TEST_F(MessageIdTest, WithoutMemoryNoHeartbeatIsSentAndItsIdIsFreeAgain) {
+    openSession();
+    clearRecords();
+    for (std::size_t failing = 1; failing <= 3; ++failing) {
+        randomScript.constantReads = 1;
+        {
+            const JsonAllocations scarce(failing);
+            EXPECT_FALSE(service->sendHeartbeatMsg()) << failing;
+        }
+        EXPECT_TRUE(service->storeUuidMessage(constantId)) << failing;
+        EXPECT_TRUE(service->findUuidMessageAndDeleteIt(constantId)) << failing;
+    }
+    EXPECT_TRUE(frames().empty());
+    EXPECT_TRUE(timers().calls.empty());
+    EXPECT_FALSE(log().contains("not found!"));
 }
 
 TEST_F(MessageIdTest, AfterOneCollisionTheSecondIdIsUsed) {

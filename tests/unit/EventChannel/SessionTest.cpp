@@ -1,5 +1,4 @@
 #include "ChannelTelephone.h"
-#include "JsonAllocations.h"
 
 namespace {
 
@@ -23,13 +22,6 @@ protected:
             }
         }
         return false;
-    }
-    /// What is left in the recovery buffer.
-    std::vector<std::string> buffered() {
-        frames().clear();
-        service->setWebSocketState(OrvaneService::WS_STATE_SENDING_RECOVERY_BUFFER);
-        service->sendRecoveryBuffer();
-        return frames();
     }
     static std::string heartbeatReply(const std::string& id) {
         return R"([{"type":"Heartbeat","messageId":")" + id + R"("}])";
@@ -68,18 +60,32 @@ TEST_F(SessionTest, ConnectionDetailsWithoutDataChangeNothing) {
     EXPECT_TRUE(timers().calls.empty());
 }
 
-TEST_F(SessionTest, AMissingKeyLeavesTheChannelInStateOne) {
+TEST_F(SessionTest, AMissingKeyLeavesEverythingAsItWas) {
+    openSession(Setup(), {"", 3, 120, 60});
+    const std::string idleTimer = std::to_string(runningTimer(idleMilliseconds));
+    service->setRecoverWebSocketConnection(true);
+    service->setWebSocketState(OrvaneService::WS_STATE_OPENED);
     for (const std::string key : {"creationTime", "maxConnectionsPerSession", "recoveryBufferSize", "recoveryTimeout",
                                   "idleTimeout", "absoluteTimeout"}) {
-        service->setWebSocketState(OrvaneService::WS_STATE_OPENED);
-        std::string frame = connectionDetails(Details());
+        std::string frame = connectionDetails({"", 5, 300, 200});
         frame.replace(frame.find("\"" + key + "\""), key.size() + 2, "\"other\"");
-        log().clear();
+        clearRecords();
         receive(frame);
         EXPECT_EQ(OrvaneService::WS_STATE_OPENED, service->getWebSocketState()) << key;
         EXPECT_TRUE(logged(4, "handleMsgConnectioDetails()")) << key;
         EXPECT_FALSE(log().contains("creationDate")) << key;
+        // The frame itself counts as activity.
+        EXPECT_EQ((Calls{"reset " + idleTimer}), timers().calls) << key;
+        EXPECT_TRUE(service->getRecoverWebSocketConnection()) << key;
     }
+    // The limits of the session that stood before are still in force.
+    service->setRecoverWebSocketConnection(false);
+    service->onPongTimeout();
+    EXPECT_TRUE(logged(6, "onPongTimeout() - web socket connection recovery start. Start timer -44880 seconds"));
+    for (const char* message : {"1", "2", "3", "4"}) {
+        service->sendMessageOnWebsocket(message);
+    }
+    EXPECT_EQ((Calls{"2", "3", "4"}), flushed());
 }
 
 TEST_F(SessionTest, AKeyOfAnotherTypeCountsAsMissing) {
@@ -152,7 +158,7 @@ TEST_F(SessionTest, ASuccessfulRecoveryFlushesTheBufferAndKeepsTheSubscription) 
     EXPECT_TRUE(logged(5, "setWebSocketState() change the web socket state from 1 to 4"));
     EXPECT_TRUE(logged(5, "setWebSocketState() change the web socket state from 4 to 2"));
     EXPECT_EQ((Calls{"first", "second"}), frames());
-    EXPECT_TRUE(buffered().empty());
+    EXPECT_TRUE(flushed().empty());
 }
 
 TEST_F(SessionTest, ASuccessfulRecoveryWithAnEmptyBufferPassesThroughStateFourToo) {
@@ -171,7 +177,7 @@ TEST_F(SessionTest, AFailedRecoveryEmptiesTheBufferAndSubscribesAnew) {
     EXPECT_FALSE(logged(6, "handleMsgConnectioDetails() - send recovery buffer"));
     EXPECT_EQ(1u, frames().size());
     EXPECT_TRUE(wasSubscribed());
-    EXPECT_TRUE(buffered().empty());
+    EXPECT_TRUE(flushed().empty());
 }
 
 TEST_F(SessionTest, AnUnknownRecoveryStateEmptiesTheBufferAndDoesNothingElse) {
@@ -179,7 +185,7 @@ TEST_F(SessionTest, AnUnknownRecoveryStateEmptiesTheBufferAndDoesNothingElse) {
     receive(connectionDetails({"successful", 3, 120, 60}));
     EXPECT_TRUE(logged(3, "handleMsgConnectioDetails() - recovery state is unknown 'successful'"));
     EXPECT_TRUE(frames().empty());
-    EXPECT_TRUE(buffered().empty());
+    EXPECT_TRUE(flushed().empty());
 }
 
 TEST_F(SessionTest, AFreshSessionEmptiesTheBufferAndSubscribesAnew) {
@@ -188,7 +194,7 @@ TEST_F(SessionTest, AFreshSessionEmptiesTheBufferAndSubscribesAnew) {
     EXPECT_TRUE(logged(4, "handleMsgConnectioDetails() - new WebSocket connection was opened!"));
     EXPECT_EQ(1u, frames().size());
     EXPECT_TRUE(wasSubscribed());
-    EXPECT_TRUE(buffered().empty());
+    EXPECT_TRUE(flushed().empty());
 }
 
 TEST_F(SessionTest, WithoutRecoveryStateDuringARecoveryTheBufferIsKeptAndNothingIsSent) {
@@ -198,7 +204,7 @@ TEST_F(SessionTest, WithoutRecoveryStateDuringARecoveryTheBufferIsKeptAndNothing
     EXPECT_TRUE(frames().empty());
     EXPECT_EQ("", log().text(3) + log().text(2));
     EXPECT_FALSE(log().contains("new WebSocket connection was opened!"));
-    EXPECT_EQ((Calls{"first", "second"}), buffered());
+    EXPECT_EQ((Calls{"first", "second"}), flushed());
 }
 
 TEST_F(SessionTest, TheTableHoldsDuringARecoveryToo) {
@@ -296,6 +302,18 @@ TEST_F(SessionTest, AnAnswerWithoutAHeartbeatPendingTouchesNoTimer) {
     EXPECT_EQ((Calls{"reset " + idleTimer}), timers().calls);
 }
 
+TEST_F(SessionTest, AHeartbeatIsAnsweredOnce) {
+    openSession();
+    pass(idleMilliseconds);
+    receive(heartbeatReply(TestJson::messageId(lastFrame())));
+    ASSERT_TRUE(service->storeUuidMessage("known"));
+    timers().stopTimer(runningTimer(idleMilliseconds));
+    clearRecords();
+    receive(heartbeatReply("known"));
+    EXPECT_FALSE(logged(6, "handleMsgHeartbeat() - startTimer"));
+    EXPECT_TRUE(timers().calls.empty());
+}
+
 TEST_F(SessionTest, AnAnswerWhileTheIdleTimerRunsDoesNotStartIt) {
     openSession();
     pass(idleMilliseconds);
@@ -350,65 +368,9 @@ TEST_F(SessionTest, AHeartbeatInStateThreeWaitsInTheBuffer) {
     service->setWebSocketState(OrvaneService::WS_STATE_RECOVERING);
     EXPECT_FALSE(service->sendHeartbeatMsg());
     EXPECT_TRUE(timers().calls.empty());
-    const std::vector<std::string> waiting = buffered();
+    const std::vector<std::string> waiting = flushed();
     ASSERT_EQ(1u, waiting.size());
     EXPECT_TRUE(TestJson::frameEqual(waiting[0], R"([{"type":"Heartbeat","messageId":"ID"}])"));
-}
-
-TEST_F(SessionTest, WithoutMemoryNoHeartbeatIsSentAndItsIdIsForgotten) {
-    openSession();
-    clearRecords();
-    for (std::size_t failing = 1; failing <= 3; ++failing) {
-        const JsonAllocations scarce(failing);
-        EXPECT_FALSE(service->sendHeartbeatMsg()) << failing;
-    }
-    EXPECT_TRUE(frames().empty());
-    EXPECT_TRUE(timers().calls.empty());
-    EXPECT_FALSE(log().contains("not found!"));
-}
-
-TEST_F(SessionTest, AStopForgetsTheLimitOfHeldMessages) {
-    openSession();
-    service->stop();
-    service->setWebSocketState(OrvaneService::WS_STATE_RECOVERING);
-    platform.webSocket.running = true;
-    for (const char* message : {"1", "2", "3", "4"}) {
-        service->sendMessageOnWebsocket(message);
-    }
-    EXPECT_EQ(4u, buffered().size());
-}
-
-TEST_F(SessionTest, AStopForgetsTheSequence) {
-    openSession();
-    receive(contextFrame("wsc-1", 7));
-    service->stop();
-    receive(contextFrame("wsc-2", 1));
-    EXPECT_TRUE(logged(6, "getMsgTypeAndStoreWsc() - WebSocket Session Context: token[wsc-2], sequence[1]"));
-}
-
-TEST_F(SessionTest, AStopForgetsThatThereWasAChannel) {
-    openSession();
-    service->stop();
-    expectToken();
-    expectExtension();
-    expectPresence();
-    expectGrants();
-    platform.network.expect(HttpClientIfc::HTTP_POST, path("/restapi/oauth/wstoken")).answers(500);
-    service->start();
-    clearRecords();
-
-    interfaceChanges("down");
-
-    EXPECT_TRUE(logged(6, "manageableDataChanged() - m_webSocketConnectionEstablished is not established."));
-    EXPECT_FALSE(service->isRunning());
-}
-
-TEST_F(SessionTest, AStopForgetsTheRecoveryTime) {
-    openSession();
-    service->stop();
-    service->onPongTimeout();
-    EXPECT_TRUE(logged(6, "onPongTimeout() - web socket connection recovery start. Start timer -45000 seconds"));
-    service->stop();
 }
 
 TEST_F(SessionTest, TrafficPutsTheHeartbeatOff) {

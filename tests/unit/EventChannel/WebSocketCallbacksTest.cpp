@@ -3,6 +3,7 @@
 namespace {
 
 using Calls = std::vector<std::string>;
+using Steps = std::vector<std::string>;
 
 class WebSocketCallbacksTest : public ChannelTelephone {
 protected:
@@ -261,12 +262,13 @@ TEST_F(WebSocketCallbacksTest, ALatePongRebuildsTheConnectionAtOnce) {
     openSession();
     service->onPongTimeout();
     const std::string timer = std::to_string(runningTimer(recoveryMilliseconds));
-    timers().calls.clear();
+    platform.steps.begin();
     service->onPong();
-    EXPECT_TRUE(logged(6, "onPong() - web socket connection recovery timer is running! Interface status[true]"));
-    EXPECT_TRUE(logged(6, "stopAndDeleteTimer(" + timer + ")"));
-    EXPECT_EQ((Calls{"stop " + timer, "delete " + timer}), timers().calls);
     ASSERT_EQ(1u, platform.threads.pendingCount());
+    EXPECT_EQ((Steps{"log 6 onPong() - web socket connection recovery timer is running! Interface status[true]",
+                     "log 6 stopAndDeleteTimer(" + timer + ")", "timer stop " + timer, "timer delete " + timer,
+                     "spawn " + std::to_string(platform.threads.spawned.back().id) + " "}),
+              platform.steps.steps());
     expectWebSocketToken();
     runThreads();
     EXPECT_EQ(2u, socketsOpened());
@@ -279,10 +281,13 @@ TEST_F(WebSocketCallbacksTest, ALatePongRebuildsTheConnectionAtOnce) {
 TEST_F(WebSocketCallbacksTest, ALatePongWithoutInterfaceWaitsForIt) {
     openSession();
     interfaceChanges("down");
-    log().clear();
+    const std::string timer = std::to_string(runningTimer(interfaceRecoveryMilliseconds));
+    platform.steps.begin();
     service->onPong();
-    EXPECT_TRUE(logged(6, "onPong() - web socket connection recovery timer is running! Interface status[false]"));
-    EXPECT_FALSE(isTimerRunning(interfaceRecoveryMilliseconds));
+    EXPECT_EQ((Steps{"log 6 onPong() - web socket connection recovery timer is running! Interface status[false]",
+                     "log 6 stopAndDeleteTimer(" + timer + ")", "timer stop " + timer, "timer delete " + timer,
+                     "take m_recoverWebSocketSem", "give m_recoverWebSocketSem"}),
+              platform.steps.steps());
     EXPECT_TRUE(service->getRecoverWebSocketConnectionWaitForLanInterfaceUp());
     EXPECT_EQ(0u, platform.threads.pendingCount());
 }

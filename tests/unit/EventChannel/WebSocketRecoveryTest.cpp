@@ -4,6 +4,8 @@
 
 namespace {
 
+using Steps = std::vector<std::string>;
+
 class WebSocketRecoveryTest : public ChannelTelephone {
 protected:
     std::string recoveredUrl() {
@@ -24,7 +26,20 @@ TEST_F(WebSocketRecoveryTest, ARecoveryRunsOnAThreadOfItsOwnThatIsNeitherDetache
     EXPECT_FALSE(platform.threads.spawned.back().detached);
     EXPECT_EQ("wss://events.example/ws?access_token=W2", recoveredUrl());
     EXPECT_FALSE(platform.threads.spawned.back().detached);
+    // It has ended, so nobody waits for it at the end of the service either.
+    service.reset();
     EXPECT_TRUE(platform.threads.waitedFor.empty());
+}
+
+TEST_F(WebSocketRecoveryTest, AThreadThatEndsBeforeItsMakerGoesOnLeavesTheWayFree) {
+    openSession();
+    platform.threads.runAtSpawn = true;
+    for (std::size_t recovery = 1; recovery <= 2; ++recovery) {
+        expectWebSocketToken();
+        service->asyncRecoverWebSocketConnection();
+        EXPECT_EQ(1u + recovery, socketsOpened());
+    }
+    EXPECT_FALSE(logged(5, "asyncRecoverWebSocketConnection() already running"));
 }
 
 TEST_F(WebSocketRecoveryTest, OnlyOneRecoveryThreadRuns) {
@@ -131,6 +146,8 @@ TEST_F(WebSocketRecoveryTest, ATokenThatFailsTwiceBringsTheWholeServiceDownAndUp
     EXPECT_TRUE(logged(4, "stop()"));
     EXPECT_TRUE(logged(4, "start()"));
     EXPECT_EQ("wss://events.example/ws?access_token=W3", lastUrl());
+    // By start() alone: the recovery opens none besides.
+    EXPECT_EQ(2u, socketsOpened());
     EXPECT_TRUE(service->isRunning());
     EXPECT_FALSE(service->getRecoverWebSocketConnection());
 }
@@ -202,9 +219,15 @@ TEST_F(WebSocketRecoveryTest, AnInterfaceThatComesBackInTimeRecoversAtOnce) {
     EXPECT_TRUE(service->isRunning());
     EXPECT_TRUE(logged(6, "manageableDataChanged() - start web socket connection recovery timer[0]! Timeout is 120 "
                           "seconds"));
-    const int timer = runningTimer(interfaceRecoveryMilliseconds);
+    const std::string timer = std::to_string(runningTimer(interfaceRecoveryMilliseconds));
+    platform.steps.begin();
     interfaceChanges("up");
-    EXPECT_FALSE(timers().exists(timer));
+    EXPECT_EQ((Steps{"log 4 manageableDataChanged() id[interface-status] itemVal[up]",
+                     "log 6 manageableDataChanged() - state CONNECTED", "take m_recoverWebSocketSem",
+                     "give m_recoverWebSocketSem", "log 6 manageableDataChanged() - recover web socket connection",
+                     "log 6 stopAndDeleteTimer(" + timer + ")", "timer stop " + timer, "timer delete " + timer,
+                     "spawn " + std::to_string(platform.threads.spawned.back().id) + " "}),
+              platform.steps.steps());
     EXPECT_EQ("wss://events.example/ws?access_token=W2&wsc=context", recoveredUrl());
 }
 
@@ -255,33 +278,6 @@ TEST_F(WebSocketRecoveryTest, AFailedRecoverySubscribesAnew) {
     receive(connectionDetails({"Failed", 3, 120, 60}));
     ASSERT_EQ(1u, frames().size());
     EXPECT_NE(std::string::npos, lastFrame().find("eventFilters"));
-}
-
-TEST_F(WebSocketRecoveryTest, StopLeadsToStateZeroFromEveryStateAndForgetsTheSession) {
-    for (int state = OrvaneService::WS_STATE_OPENED; state <= OrvaneService::WS_STATE_SENDING_RECOVERY_BUFFER;
-         ++state) {
-        service->setWebSocketState(static_cast<OrvaneService::WebSocketState>(state));
-        service->stop();
-        EXPECT_EQ(OrvaneService::WS_STATE_CLOSED, service->getWebSocketState()) << "from " << state;
-    }
-    EXPECT_EQ(4, platform.webSocket.stops);
-}
-
-TEST_F(WebSocketRecoveryTest, StopEndsEveryTimerOfTheChannel) {
-    subscribeAll();
-    service->onClose(0, 1006, "gone");
-    service->onPongTimeout();
-    service->sendMessageOnWebsocket("buffered");
-    service->stop();
-    EXPECT_TRUE(timers().runningDurations().empty());
-    for (const int duration :
-         {idleMilliseconds, heartbeatMilliseconds, recoveryMilliseconds, restoreMilliseconds, renewalMilliseconds}) {
-        EXPECT_TRUE(timers().withDuration(duration).empty()) << duration;
-    }
-    EXPECT_FALSE(service->isOvEventSubscribed("/restapi/v1.0/account/~/extension/4711/presence/dnd", true));
-    frames().clear();
-    service->sendRecoveryBuffer();
-    EXPECT_TRUE(frames().empty());
 }
 
 TEST_F(WebSocketRecoveryTest, ARecoveryLeadsToStateZeroFromEveryState) {

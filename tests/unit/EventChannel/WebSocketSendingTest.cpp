@@ -16,13 +16,6 @@ protected:
             EXPECT_FALSE(service->sendMessageOnWebsocket(message));
         }
     }
-    /// What a flush of the buffer sends.
-    Frames flushed() {
-        frames().clear();
-        service->setWebSocketState(OrvaneService::WS_STATE_SENDING_RECOVERY_BUFFER);
-        service->sendRecoveryBuffer();
-        return frames();
-    }
 };
 
 TEST_F(WebSocketSendingTest, MessagesAreSentInStatesTwoAndFour) {
