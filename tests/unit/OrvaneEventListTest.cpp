@@ -69,6 +69,10 @@ TEST(OrvaneEventListTest, ATildeInATextHasAnEmptyId) {
     OrvaneEventList list = listOf({"/restapi/v1.0/account/~/extension/~/presence"});
     OrvaneEvent sought("/restapi/v1.0/account/~/extension//presence", "");
     EXPECT_TRUE(list.isEventInList(sought, true));
+    // Removing by text reads it the same way.
+    std::string text = "/restapi/v1.0/account/1/extension/~/presence";
+    EXPECT_TRUE(list.remove(text));
+    EXPECT_TRUE(list.empty());
 }
 
 TEST(OrvaneEventListTest, FindGivesTheFirstEqualEventOrTheEnd) {

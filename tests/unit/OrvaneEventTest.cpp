@@ -1,8 +1,11 @@
 #include "OrvaneEvent.h"
 
+#include "OrvaneEventList.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
+#include <type_traits>
 
 namespace {
 
@@ -88,6 +91,8 @@ TEST(OrvaneEventTest, APathWithoutTheWordExtensionBeginsWithTheId) {
     const OrvaneEvent event("/first/second/third", "");
     EXPECT_EQ(event.extensionId(), "first");
     EXPECT_EQ(event.eventPath(), "second/third");
+    // The account is looked for from the end of the path.
+    EXPECT_EQ(event.accountId(), "third");
 }
 
 TEST(OrvaneEventTest, ATextWithoutAnySlashHasNeitherIdNorPath) {
@@ -172,6 +177,11 @@ TEST(OrvaneEventTest, ACopyHasAllThatTheOriginalHas) {
     // The default id is copied as well: parsing the copy anew finds it.
     copy.parse();
     EXPECT_EQ(copy.extensionId(), "12");
+}
+
+TEST(OrvaneEventTest, AnEventAndItsListCanBeDeletedThroughABaseClass) {
+    EXPECT_TRUE(std::has_virtual_destructor<OrvaneEvent>::value);
+    EXPECT_TRUE(std::has_virtual_destructor<OrvaneEventList>::value);
 }
 
 TEST(OrvaneEventTest, AssignmentReplacesEverything) {

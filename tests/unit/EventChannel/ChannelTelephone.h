@@ -168,6 +168,16 @@ protected:
         EXPECT_EQ(1u, ids.size()) << "running timers of " << milliseconds << " ms";
         return ids.size() == 1 ? ids.front() : 0;
     }
+    /// What was done to timers, without the activity of the frame itself.
+    std::vector<std::string> timerCalls() {
+        std::vector<std::string> calls;
+        for (const std::string& call : timers().calls) {
+            if (call.rfind("reset", 0) != 0) {
+                calls.push_back(call);
+            }
+        }
+        return calls;
+    }
     void interfaceChanges(const std::string& value) { platform.store.change(PldsTags::INTERFACE_STATUS, value); }
 
     /// The session context that a reconnection would present now.

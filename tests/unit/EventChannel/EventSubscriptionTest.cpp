@@ -238,6 +238,7 @@ TEST_F(EventSubscriptionTest, AMessageThatCannotBeBuiltIsForgotten) {
     // No text of JSON: the path of the request cannot be written.
     service->setSusbcriptionId("\xff");
     platform.locks.keepTrace();
+    platform.steps.begin();
     EXPECT_FALSE(service->updateSubscriptionOvEvents());
     EXPECT_TRUE(logged(2, "updateSubscriptionOvEvents() - create Client Request message failed!"));
     EXPECT_FALSE(service->refreshOvEventsSubscription());
@@ -250,6 +251,12 @@ TEST_F(EventSubscriptionTest, AMessageThatCannotBeBuiltIsForgotten) {
               "m_uuidMessagesSem{} "
               "m_subscriptionIdSem{} m_uuidMessagesSem{} m_uuidMessagesSem{} m_subscriptionIdSem{} m_uuidMessagesSem{}",
               platform.locks.trace());
+    // The error is told between the two.
+    std::string order;
+    for (const std::string& step : platform.steps.steps()) {
+        order += step == "take m_uuidMessagesSem" ? "id " : step.rfind("log 2", 0) == 0 ? "error " : "";
+    }
+    EXPECT_EQ("id error id id error id id error id ", order);
     EXPECT_FALSE(log().contains("not found!"));
     platform.locks.checkNothingHeld();
 }

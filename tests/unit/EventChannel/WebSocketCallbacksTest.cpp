@@ -167,14 +167,19 @@ TEST_F(WebSocketCallbacksTest, AfterThreeAbnormalClosuresTheChannelIsGivenUpSile
     EXPECT_EQ(4u, socketsOpened());
 }
 
-TEST_F(WebSocketCallbacksTest, ARenewalOfTheSubscriptionBringsTheRestoresBack) {
+TEST_F(WebSocketCallbacksTest, ARenewalOfTheSubscriptionBringsAllThreeRestoresBack) {
     subscribeAll();
     for (int closure = 0; closure < 3; ++closure) {
         loseAndRestore();
     }
     pass(renewalMilliseconds);
+    // As many as before: three.
+    for (int closure = 0; closure < 3; ++closure) {
+        loseAndRestore();
+    }
+    EXPECT_EQ(7u, socketsOpened());
     service->onClose(0, 1006, "gone");
-    EXPECT_TRUE(isTimerRunning(restoreMilliseconds));
+    EXPECT_FALSE(isTimerRunning(restoreMilliseconds));
 }
 
 TEST_F(WebSocketCallbacksTest, WithoutTheFrameworksContextNothingIsArmed) {
