@@ -3,6 +3,7 @@
 #include "data/PldsTags.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -41,10 +42,11 @@ bool isIndex(const std::string& text) {
 
 /// What stands behind `front` in `text`, if that is an index.
 std::optional<std::string> indexBehind(const std::string& text, const std::string& front) {
-    if (text.rfind(front, 0) == 0 && isIndex(text.substr(front.size()))) {
-        return text.substr(front.size());
+    if (text.compare(0, front.size(), front) != 0) {
+        return std::nullopt;
     }
-    return std::nullopt;
+    std::string index = text.substr(front.size());
+    return isIndex(index) ? std::optional<std::string>(std::move(index)) : std::nullopt;
 }
 
 } // namespace

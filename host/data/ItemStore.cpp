@@ -15,8 +15,9 @@ Statement prepare(sqlite3* database, const char* text) {
     return Statement(statement);
 }
 
-void bind(const Statement& statement, int index, const std::string& text) {
-    sqlite3_bind_text(statement.get(), index, text.data(), static_cast<int>(text.size()), SQLITE_TRANSIENT);
+/// The text has to outlive the next step.
+void bind(sqlite3_stmt* statement, int index, const std::string& text) {
+    sqlite3_bind_text(statement, index, text.data(), static_cast<int>(text.size()), SQLITE_STATIC);
 }
 
 std::string columnText(sqlite3_stmt* statement, int column) {
@@ -45,12 +46,15 @@ std::unique_ptr<ItemStore> ItemStore::open(const std::string& path, std::string&
         !store->run("pragma user_version=1", error) || !store->check(error)) {
         return nullptr;
     }
-    store->m_selection = prepare(store->m_database, "select value from items where key=?1").release();
+    store->read();
+    store->m_change = prepare(store->m_database, "insert into items (key, value) values (?1, ?2) "
+                                                 "on conflict (key) do update set value=?2")
+                          .release();
     return store;
 }
 
 ItemStore::~ItemStore() {
-    sqlite3_finalize(m_selection);
+    sqlite3_finalize(m_change);
     sqlite3_close(m_database);
 }
 
@@ -73,30 +77,25 @@ bool ItemStore::check(std::string& error) {
     return run("select key, value from items limit 1", error);
 }
 
-std::optional<std::string> ItemStore::get(const std::string& key) {
-    // The key outlives the step, and a statement that is reset holds no lock of the file.
-    sqlite3_bind_text(m_selection, 1, key.data(), static_cast<int>(key.size()), SQLITE_STATIC);
-    std::optional<std::string> value;
-    if (sqlite3_step(m_selection) == SQLITE_ROW) {
-        value = columnText(m_selection, 0);
+void ItemStore::read() {
+    const Statement statement = prepare(m_database, "select key, value from items");
+    while (sqlite3_step(statement.get()) == SQLITE_ROW) {
+        m_items.emplace(columnText(statement.get(), 0), columnText(statement.get(), 1));
     }
-    sqlite3_reset(m_selection);
-    return value;
+}
+
+std::optional<std::string> ItemStore::get(const std::string& key) const {
+    const auto item = m_items.find(key);
+    return item == m_items.end() ? std::nullopt : std::optional<std::string>(item->second);
 }
 
 bool ItemStore::put(const std::string& key, const std::string& value) {
-    const Statement statement =
-        prepare(m_database, "insert into items (key, value) values (?1, ?2) on conflict (key) do update set value=?2");
-    bind(statement, 1, key);
-    bind(statement, 2, value);
-    return sqlite3_step(statement.get()) == SQLITE_DONE;
-}
-
-std::map<std::string, std::string> ItemStore::all() {
-    std::map<std::string, std::string> items;
-    const Statement statement = prepare(m_database, "select key, value from items");
-    while (sqlite3_step(statement.get()) == SQLITE_ROW) {
-        items.emplace(columnText(statement.get(), 0), columnText(statement.get(), 1));
+    bind(m_change, 1, key);
+    bind(m_change, 2, value);
+    const bool written = sqlite3_step(m_change) == SQLITE_DONE;
+    sqlite3_reset(m_change);
+    if (written) {
+        m_items[key] = value;
     }
-    return items;
+    return written;
 }

@@ -9,7 +9,7 @@ struct sqlite3;
 struct sqlite3_stmt;
 
 /// Items by key in an SQLite file with a write-ahead log, or in memory. What put() has returned from survives a kill
-/// of the process. Not safe for use by several threads at once.
+/// of the process. One process at a time uses a file, one thread at a time a store.
 class ItemStore {
 public:
     /// In memory when `path` is empty. Null, with the reason in `error`, when the file is no store or cannot be
@@ -21,16 +21,18 @@ public:
     ItemStore& operator=(const ItemStore&) = delete;
 
     /// Empty when the item was never set.
-    std::optional<std::string> get(const std::string& key);
+    std::optional<std::string> get(const std::string& key) const;
     bool put(const std::string& key, const std::string& value);
-    std::map<std::string, std::string> all();
+    const std::map<std::string, std::string>& all() const { return m_items; }
 
 private:
     ItemStore() = default;
     bool run(const char* statement, std::string& error);
     /// Whether the file is sound and its table has the known columns.
     bool check(std::string& error);
+    void read();
 
-    sqlite3* m_database = nullptr;       ///< owned, as SQLite's interface has it
-    sqlite3_stmt* m_selection = nullptr; ///< likewise; of one item, made once: a service reads hundreds at its start
+    sqlite3* m_database = nullptr;              ///< owned, as SQLite's interface has it
+    sqlite3_stmt* m_change = nullptr;           ///< likewise; of one item
+    std::map<std::string, std::string> m_items; ///< what the file holds: a service reads hundreds at its start
 };

@@ -144,7 +144,9 @@ unsigned long LocalMgmt::enqueue(const std::string& key, const std::string& valu
             m_notifications.push_back({observer.agent, key, value, number});
         }
     }
-    m_changed.notify_all();
+    if (number != 0) {
+        m_changed.notify_all();
+    }
     return number;
 }
 

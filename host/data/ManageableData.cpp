@@ -1,17 +1,26 @@
 #include "data/ManageableData.h"
 
 #include <algorithm>
-#include <map>
+#include <unordered_map>
 #include <utility>
 
 struct ManageableData::Representation {
-    std::vector<std::string> rootIds;
-    std::map<std::pair<std::string, std::string>, std::string> values; ///< by root key and key
+    using Values = std::vector<std::pair<std::string, std::string>>; ///< by key, hardly ever more than one
 
-    void add(const std::string& key) {
-        if (std::find(rootIds.begin(), rootIds.end(), key) == rootIds.end()) {
-            rootIds.push_back(key);
+    std::vector<std::string> rootIds;
+    std::unordered_map<std::string, Values> items; ///< by root id
+
+    Values& add(const std::string& rootKey) {
+        const auto [item, isNew] = items.try_emplace(rootKey);
+        if (isNew) {
+            rootIds.push_back(rootKey);
         }
+        return item->second;
+    }
+
+    template <typename Pairs>
+    static auto find(Pairs& values, const std::string& key) {
+        return std::find_if(values.begin(), values.end(), [&key](const auto& value) { return value.first == key; });
     }
 };
 
@@ -36,21 +45,31 @@ void ManageableData::addRootId(const std::string& key, DataItemIfc*) {
 }
 
 void ManageableData::setRootId(const std::string& key, DataItemIfc*) {
-    m_representation->values.clear();
-    m_representation->rootIds = {key};
+    m_representation->items.clear();
+    m_representation->rootIds.clear();
+    m_representation->add(key);
 }
 
 void ManageableData::populate(const std::string& rootKey, const std::string& key, const std::string& value) {
-    m_representation->add(rootKey);
-    m_representation->values[{rootKey, key}] = value;
+    Representation::Values& values = m_representation->add(rootKey);
+    const auto present = Representation::find(values, key);
+    if (present == values.end()) {
+        values.emplace_back(key, value);
+    } else {
+        present->second = value;
+    }
 }
 
 bool ManageableData::interogate(const std::string& rootKey, const std::string& key, std::string& value) const {
-    const auto entry = m_representation->values.find({rootKey, key});
-    if (entry == m_representation->values.end()) {
+    const auto item = m_representation->items.find(rootKey);
+    if (item == m_representation->items.end()) {
         return false;
     }
-    value = entry->second;
+    const auto present = Representation::find(item->second, key);
+    if (present == item->second.end()) {
+        return false;
+    }
+    value = present->second;
     return true;
 }
 

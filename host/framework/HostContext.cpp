@@ -47,7 +47,7 @@ void HostContext::startTimer(int id) {
     if (timer != m_timers.end() && !timer->second.running) {
         timer->second.running = true;
         timer->second.due = dueTime(timer->second.milliseconds);
-        m_changed.notify_all();
+        wakeBefore(timer->second.due);
     }
 }
 
@@ -64,7 +64,7 @@ void HostContext::resetTimer(int id) {
     const auto timer = m_timers.find(id);
     if (timer != m_timers.end() && timer->second.running) {
         timer->second.due = dueTime(timer->second.milliseconds);
-        m_changed.notify_all();
+        wakeBefore(timer->second.due);
     }
 }
 
@@ -83,6 +83,12 @@ HostContext::Clock::time_point HostContext::dueTime(int milliseconds) {
     return Clock::now() + TimeScale::scaled(std::chrono::milliseconds(std::max(milliseconds, 0)));
 }
 
+void HostContext::wakeBefore(Clock::time_point due) {
+    if (due < m_waitsUntil) {
+        m_changed.notify_all();
+    }
+}
+
 std::map<int, HostContext::Timer>::iterator HostContext::earliest() {
     auto first = m_timers.end();
     for (auto timer = m_timers.begin(); timer != m_timers.end(); ++timer) {
@@ -99,13 +105,13 @@ void HostContext::deliver() {
     while (!m_stopped) {
         const auto next = earliest();
         if (next == m_timers.end()) {
+            m_waitsUntil = Clock::time_point::max();
             m_changed.wait(lock);
             continue;
         }
         if (next->second.due > Clock::now()) {
-            // A copy: the timer may be deleted during the wait.
-            const Clock::time_point due = next->second.due;
-            m_changed.wait_until(lock, due);
+            m_waitsUntil = next->second.due;
+            m_changed.wait_until(lock, m_waitsUntil);
             continue;
         }
         next->second.running = false;

@@ -44,6 +44,9 @@ private:
 
     static Clock::time_point dueTime(int milliseconds);
     void deliver();
+    /// Tells the delivering thread of a new due time if it would sleep longer. One that is put off tells it nothing:
+    /// it wakes at the former time, once, and waits anew.
+    void wakeBefore(Clock::time_point due);
     std::map<int, Timer>::iterator earliest();
 
     std::map<std::string, Executable*> m_services;
@@ -52,5 +55,6 @@ private:
     std::map<int, Timer> m_timers;
     int m_lastId = 0;
     bool m_stopped = false;
+    Clock::time_point m_waitsUntil; ///< written by the delivering thread
     std::thread m_thread;
 };

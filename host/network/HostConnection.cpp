@@ -11,6 +11,7 @@
 #include <boost/asio/ssl/stream.hpp>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <exception>
 #include <optional>
@@ -25,6 +26,10 @@ using Clock = std::chrono::steady_clock;
 namespace {
 
 constexpr std::size_t maximumWriteBytes = 16 * 1024; ///< one TLS record, so that each write is a step forward
+
+bool wouldBlock(const error_code& result) {
+    return result == asio::error::would_block || result == asio::error::try_again;
+}
 
 Clock::time_point after(int milliseconds) {
     return Clock::now() + std::chrono::milliseconds(milliseconds);
@@ -46,62 +51,90 @@ struct HostConnection::Representation {
                        std::string& error);
     void abandon();
 
-    /// Runs one operation, which `start` begins with the handler it is given, to its end. False with the reason when
-    /// it failed; the stream is closed when it was cut short.
+    /// Runs one operation to its end: `attempt` tries it without waiting, `start` begins it with the handler it is
+    /// given when that would have had to wait. An error with its reason when it failed; the stream is closed when it
+    /// was cut short.
+    template <typename Attempt, typename Start>
+    error_code runStep(Clock::time_point deadline, std::string& error, Attempt attempt, Start start);
+
     template <typename Start>
-    error_code runStep(Clock::time_point deadline, std::string& error, Start start);
+    error_code runStep(Clock::time_point deadline, std::string& error, Start start) {
+        return runStep(deadline, error, [] { return error_code(asio::error::would_block); }, start);
+    }
+
+    /// Waits until the operation that `start` begins has ended, the step is refused or it is late.
+    template <typename Start>
+    error_code await(const NetworkControl::Step& step, Clock::time_point deadline, const char*& reason, Start start);
 
     std::shared_ptr<asio::io_context> context;
     asio::executor_work_guard<asio::io_context::executor_type> work;
     asio::ssl::context tls;
     Stream stream;
     bool stepInProgress = false;
+    std::atomic<bool> endRequested{false}; ///< by another thread
     bool usable = false;
     bool exchangeInProgress = false;
 };
 
-template <typename Start>
-error_code HostConnection::Representation::runStep(Clock::time_point deadline, std::string& error, Start start) {
-    // Shared with the handler: that of a name look-up may come when nobody waits for it any more.
-    struct Outcome {
-        bool done = false;
-        error_code result;
-    };
-    const auto outcome = std::make_shared<Outcome>();
-    const char* refusal = nullptr;
-    bool late = false;
+template <typename Attempt, typename Start>
+error_code HostConnection::Representation::runStep(Clock::time_point deadline, std::string& error, Attempt attempt,
+                                                   Start start) {
+    const char* reason = nullptr;
+    error_code result = asio::error::operation_aborted;
     {
         const NetworkControl::Step step(NetworkControl::instance(), [this] {
+            endRequested = true;
             asio::post(*context, [this] {
                 if (stepInProgress) {
                     abandon();
                 }
             });
         });
-        refusal = step.refusal();
-        if (refusal == nullptr) {
-            stepInProgress = true;
-            context->restart();
-            start([outcome](const error_code& ec, auto&&...) {
-                outcome->done = true;
-                outcome->result = ec;
-            });
-            while (!outcome->done && refusal == nullptr && !late) {
-                late = context->run_one_until(deadline) == 0;
-                refusal = outcome->done ? nullptr : step.refusal();
+        reason = step.refusal();
+        if (reason != nullptr) {
+            abandon();
+        } else {
+            result = attempt();
+            if (wouldBlock(result)) {
+                result = await(step, deadline, reason, start);
             }
         }
-        if (!outcome->done) {
-            abandon();
-            context->poll(); // the cancelled operation ends here, and with it the use of the caller's buffer
-            outcome->result = asio::error::operation_aborted;
-        }
-        stepInProgress = false;
     }
-    context->poll(); // a call to end that came too late finds no step
-    if (outcome->result) {
-        error = refusal != nullptr ? refusal : late ? "time limit" : outcome->result.message();
+    if (endRequested.exchange(false)) {
+        context->restart();
+        context->poll(); // a call to end that came too late finds no step
     }
+    if (result) {
+        error = reason != nullptr ? reason : result.message();
+    }
+    return result;
+}
+
+template <typename Start>
+error_code HostConnection::Representation::await(const NetworkControl::Step& step, Clock::time_point deadline,
+                                                 const char*& reason, Start start) {
+    // Shared with the handler: that of a name look-up may come when nobody waits for it any more.
+    struct Outcome {
+        bool done = false;
+        error_code result;
+    };
+    const auto outcome = std::make_shared<Outcome>();
+    stepInProgress = true;
+    context->restart();
+    start([outcome](const error_code& ec, auto&&...) {
+        outcome->done = true;
+        outcome->result = ec;
+    });
+    while (!outcome->done && reason == nullptr) {
+        const bool late = context->run_one_until(deadline) == 0;
+        reason = outcome->done ? nullptr : late ? "time limit" : step.refusal();
+    }
+    if (!outcome->done) {
+        abandon();
+        context->poll(); // the cancelled operation ends here, and with it the use of the caller's buffer
+        outcome->result = asio::error::operation_aborted;
+    }
+    stepInProgress = false;
     return outcome->result;
 }
 
@@ -148,7 +181,9 @@ bool HostConnection::Representation::connectSocket(const std::vector<std::string
         });
         if (!failed) {
             stream.lowest_layer().set_option(tcp::no_delay(true), failed);
-            return true;
+            stream.lowest_layer().non_blocking(true, failed); // what is tried at once must not wait
+            error = failed ? failed.message() : std::string();
+            return !failed;
         }
         if (NetworkControl::instance().refusal() != nullptr) {
             break;
@@ -205,12 +240,9 @@ bool HostConnection::isOpen() try {
     }
     // Reading is the only way to know: readiness alone does not tell a session ticket from the peer's end.
     error_code result;
-    my.stream.lowest_layer().non_blocking(true, result);
     char stray = 0;
-    if (!result) {
-        my.stream.read_some(asio::buffer(&stray, 1), result);
-    }
-    if (result == asio::error::would_block || result == asio::error::try_again) {
+    my.stream.read_some(asio::buffer(&stray, 1), result);
+    if (wouldBlock(result)) {
         return true;
     }
     my.abandon(); // ended, reset, or bytes that nobody asked for
@@ -277,13 +309,20 @@ HostConnection::ReadResult HostConnection::readSome(char* bytes, std::size_t cap
         return ReadResult::FAILED;
     }
     const int progressMilliseconds = NetworkControl::instance().limits().progressMilliseconds;
-    const error_code failed =
-        my.runStep(after(progressMilliseconds), error, [&my, &length, bytes, capacity](auto handler) {
-            my.stream.async_read_some(asio::buffer(bytes, capacity),
-                                      [handler, &length](const error_code& ec, std::size_t count) {
-                                          length = count;
-                                          handler(ec);
-                                      });
+    // Writing is not tried first: what a full socket does not take of a TLS record would be lost.
+    const asio::mutable_buffer room = asio::buffer(bytes, capacity);
+    const error_code failed = my.runStep(
+        after(progressMilliseconds), error,
+        [&my, &length, room] {
+            error_code result;
+            length = my.stream.read_some(room, result);
+            return result;
+        },
+        [&my, &length, room](auto handler) {
+            my.stream.async_read_some(room, [handler, &length](const error_code& ec, std::size_t count) {
+                length = count;
+                handler(ec);
+            });
         });
     if (!failed) {
         return ReadResult::DATA;

@@ -1,5 +1,7 @@
 #include "network/NetworkControl.h"
 
+#include "network/TlsContextCache.h"
+
 #include <chrono>
 #include <utility>
 
@@ -9,6 +11,8 @@ namespace {
 constexpr std::chrono::seconds stepEndLimit{1};
 
 } // namespace
+
+NetworkControl::NetworkControl() : m_tlsContexts(std::make_unique<TlsContextCache>()) {}
 
 NetworkControl& NetworkControl::instance() {
     static NetworkControl* const control = new NetworkControl; // lives to the end of the process, see the class

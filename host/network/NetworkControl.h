@@ -5,9 +5,11 @@
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 
 class CertificateMgmtSvcIfc;
+class TlsContextCache;
 
 /// Switches that the telephone has over everything that uses its network: the interface, the end of the program, the
 /// pace of the WebSocket's pings, and the limits. One object a process, which is never destroyed, since threads of
@@ -52,6 +54,9 @@ public:
     void setCertificates(CertificateMgmtSvcIfc* certificates) { m_certificates = certificates; }
     CertificateMgmtSvcIfc* certificates() const { return m_certificates; }
 
+    /// Where every connection takes its TLS context from.
+    TlsContextCache& tlsContexts() { return *m_tlsContexts; }
+
     /// Why no step is possible now; null when one is.
     const char* refusal() const;
 
@@ -78,13 +83,15 @@ public:
     void removeListener(int id);
 
 private:
-    NetworkControl() = default;
+    NetworkControl();
     void endSteps(std::unique_lock<std::mutex>& lock);
 
     std::atomic<bool> m_up{true};
     std::atomic<bool> m_aborted{false};
     std::atomic<double> m_timeScale{1.0};
     std::atomic<CertificateMgmtSvcIfc*> m_certificates{nullptr};
+
+    const std::unique_ptr<TlsContextCache> m_tlsContexts;
 
     mutable std::mutex m_mutex;
     std::condition_variable m_stepEnded;

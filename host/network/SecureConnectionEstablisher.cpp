@@ -4,6 +4,7 @@
 #include "network/HostLog.h"
 #include "network/NetworkControl.h"
 #include "network/ServerAddress.h"
+#include "network/TlsContextCache.h"
 
 #include <exception>
 #include <utility>
@@ -49,7 +50,8 @@ bool SecureConnectionEstablisher::connect(const std::string& url) try {
     my.server = *server;
     if (const char* refusal = NetworkControl::instance().refusal()) {
         error = refusal;
-    } else if (TlsContext::Pointer context = TlsContext::make(my.certificates, my.client, error)) {
+    } else if (TlsContext::Pointer context =
+                   NetworkControl::instance().tlsContexts().get(my.certificates, my.client, error)) {
         my.connection = HostConnection::open(my.server, std::move(context), error);
     }
     if (!my.connection) {

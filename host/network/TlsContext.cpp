@@ -1,7 +1,6 @@
 #include "network/TlsContext.h"
 
 #include "network/ServerAddress.h"
-#include "siblings/CertificateMgmtSvcIfc.h"
 
 #include <openssl/err.h>
 #include <openssl/x509v3.h>
@@ -61,15 +60,6 @@ TlsContext::Pointer TlsContext::make(const std::string& authorities, const std::
         return nullptr;
     }
     return loadFiles(context.get(), authorities, certificate, key, error) ? std::move(context) : nullptr;
-}
-
-TlsContext::Pointer TlsContext::make(CertificateMgmtSvcIfc* certificates, CertificateMgmt::eInterface client,
-                                     std::string& error) {
-    if (certificates == nullptr) {
-        return make(std::string(), std::string(), std::string(), error);
-    }
-    return make(certificates->getCertificateAuthorities(client), certificates->getClientCertificate(client),
-                certificates->getClientKey(client), error);
 }
 
 bool TlsContext::expectServer(SSL* connection, const ServerAddress& server) {

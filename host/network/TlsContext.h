@@ -24,9 +24,6 @@ using Pointer = std::unique_ptr<SSL_CTX, Release>;
 Pointer make(const std::string& authorities, const std::string& certificate, const std::string& key,
              std::string& error);
 
-/// The same with the files that the certificate service names; null counts as a service without files.
-Pointer make(CertificateMgmtSvcIfc* certificates, CertificateMgmt::eInterface client, std::string& error);
-
 /// Has the handshake ask for the server's name (not for addresses, RFC 6066, section 3) and check the certificate
 /// against its name or address.
 bool expectServer(SSL* connection, const ServerAddress& server);

@@ -6,6 +6,7 @@
 #include "network/ServerAddress.h"
 #include "network/TcpConnector.h"
 #include "network/TlsContext.h"
+#include "network/TlsContextCache.h"
 #include "network/WebSocketKeepAlive.h"
 
 #include <boost/asio/post.hpp>
@@ -147,7 +148,7 @@ bool Session::prepare(std::string& error) {
         m_server.path.insert(0, "/");
     }
     TlsContext::Pointer context =
-        TlsContext::make(control().certificates(), CertificateMgmt::ORVANE_SERVICE_CLIENT, error);
+        control().tlsContexts().get(control().certificates(), CertificateMgmt::ORVANE_SERVICE_CLIENT, error);
     if (!context) {
         return false;
     }
