@@ -12,8 +12,13 @@ using namespace OrvaneServiceStrings;
 
 namespace {
 
-constexpr const char* unknownNumber = "Caller.Unknown.XXX";
-constexpr const char* unknownName = "Unknown.Name";
+const std::string unknownNumber = "Caller.Unknown.XXX";
+const std::string unknownName = "Unknown.Name";
+
+const std::string unknownType = "Unknown";
+const std::string received = "Received";
+const std::string missed = "Missed";
+const std::string dialled = "Dialled";
 
 constexpr std::array<std::string_view, 8> missedResults = {"Missed",  "Busy",    "Rejected",         "No Answer",
                                                            "Hang Up", "Blocked", "IP Phone Offline", "Voicemail"};
@@ -30,7 +35,7 @@ struct CallDetails {
 
 /// What the direction decides.
 struct CallView {
-    std::string callType = "Unknown";
+    const std::string* callType = &unknownType;
     std::string number;
     bool hasOtherParty = false; ///< without one the number is unknown; an empty number is a number
     std::string name;
@@ -64,9 +69,9 @@ void readInbound(json_t*& record, const CallDetails& details, bool isBcaLine, st
                  CallView& view) {
     const std::string_view result = details.result;
     if (result == "Accepted" || result == "Call connected") {
-        view.callType = "Received";
+        view.callType = &received;
     } else if (std::find(missedResults.begin(), missedResults.end(), result) != missedResults.end()) {
-        view.callType = "Missed";
+        view.callType = &missed;
         missedIds.insert(details.id);
     }
     readParties(record, OV_FROM, OV_TO, isBcaLine, view);
@@ -121,7 +126,7 @@ bool OrvaneServiceHelper::getCallLogRecordFromObject(std::string& recordString, 
                        OrvaneJson::dump(record).c_str());
             return false;
         }
-        view.callType = "Dialled";
+        view.callType = &dialled;
         readParties(record, OV_TO, OV_FROM, isBcaLine, view);
     } else if (details.direction == "Inbound") {
         readInbound(record, details, isBcaLine, missedIds, view);
@@ -129,25 +134,21 @@ bool OrvaneServiceHelper::getCallLogRecordFromObject(std::string& recordString, 
     if (!view.hasOtherParty) {
         view.number = unknownNumber;
     }
-    if (view.name.empty()) {
-        view.name = unknownName;
-    }
-    if (view.lineTag.empty()) {
-        view.lineTag = unknownName;
-    }
-    const std::string callerNumber = lineNumber.empty() ? unknownName : lineNumber;
+    const std::string& name = view.name.empty() ? unknownName : view.name;
+    const std::string& lineTag = view.lineTag.empty() ? unknownName : view.lineTag;
+    const std::string& callerNumber = lineNumber.empty() ? unknownName : lineNumber;
     const std::string durationString = getDurationFromSeconds(details.durationSeconds);
 
-    writeRecord(recordString, {&view.callType, &details.id, &details.startTime, &durationString, &view.number,
-                               &view.name, &view.lineTag, &callerNumber});
+    writeRecord(recordString, {view.callType, &details.id, &details.startTime, &durationString, &view.number, &name,
+                               &lineTag, &callerNumber});
     id = details.id;
-    callType = view.callType;
+    callType = *view.callType;
     number = view.number;
     ORVANE_LOG(DEBUG,
                "getCallLogRecordFromObject() result[%s] id[%s] action[%s] starttime[%s] durationString[%s] "
                "direction[%s] callType[%s] number[%s] name[%s] bca_line_tag[%s], callerNumber[%s] sessionId[%s]",
                details.result.c_str(), details.id.c_str(), details.action.c_str(), details.startTime.c_str(),
-               durationString.c_str(), details.direction.c_str(), view.callType.c_str(), view.number.c_str(),
-               view.name.c_str(), view.lineTag.c_str(), callerNumber.c_str(), telephonySessionId.c_str());
+               durationString.c_str(), details.direction.c_str(), callType.c_str(), view.number.c_str(), name.c_str(),
+               lineTag.c_str(), callerNumber.c_str(), telephonySessionId.c_str());
     return true;
 }

@@ -3,14 +3,18 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <string_view>
 
 namespace {
 
-std::string twoDigits(int value) {
-    return (value <= 9 ? "0" : "") + std::to_string(value);
+void appendTwoDigits(std::string& text, int value) {
+    if (value <= 9) {
+        text += '0';
+    }
+    text += std::to_string(value);
 }
 
-constexpr std::array<const char*, 15> unsupportedActions = {
+constexpr std::array<std::string_view, 15> unsupportedActions = {
     "Unknown",        "Phone Login", "Calling Card", "Text Relay",   "External Application",
     "CallOut-CallMe", "Move",        "FindMe",       "FollowMe",     "RingMe",
     "Ring Directly",  "E911 Update", "Support",      "Incoming Fax", "Outgoing Fax"};
@@ -28,11 +32,19 @@ std::string OrvaneServiceHelper::getDurationFromSeconds(const int& seconds) {
         minutes = rest / 60;
         rest %= 60;
     }
-    return (hours != 0 ? std::to_string(hours) + ":" : "") + twoDigits(minutes) + ":" + twoDigits(rest);
+    std::string duration;
+    if (hours != 0) {
+        duration = std::to_string(hours) + ":";
+    }
+    appendTwoDigits(duration, minutes);
+    duration += ':';
+    appendTwoDigits(duration, rest);
+    return duration;
 }
 
 bool OrvaneServiceHelper::isActionSupported(const std::string& action) {
-    return std::find(unsupportedActions.begin(), unsupportedActions.end(), action) == unsupportedActions.end();
+    const std::string_view wanted = action;
+    return std::find(unsupportedActions.begin(), unsupportedActions.end(), wanted) == unsupportedActions.end();
 }
 
 std::string OrvaneServiceHelper::methodToString(METHOD method) {
