@@ -1,20 +1,22 @@
-#include "Bodies.h"
 #include "logging/LogSink.h"
 #include "network/BareClient.h"
+#include "network/BareRoad.h"
 #include "network/HostTelephone.h"
-#include "network/LoopbackServer.h"
+#include "network/Provider.h"
 #include "support/TestCertificates.h"
 
 #include <jansson.h>
+#include <sched.h>
 
 #include <algorithm>
-#include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <filesystem>
 #include <stdexcept>
+#include <thread>
 
 namespace {
 
@@ -37,100 +39,30 @@ void print(const char* name, const std::vector<double>& ours, const std::vector<
                 our, bare, our / bare, target);
 }
 
-bool contains(const std::string& text, const char* part) {
-    return text.find(part) != std::string::npos;
-}
-
-constexpr const char* prefix = "/MODEL/MAC1";
-constexpr int callsOfALogin = 20;
-
-/// The provider's answers. Every incremental call log brings one call that is new, of the session that ended last.
-class Provider {
-public:
-    explicit Provider(const CertificateFiles& files)
-        : m_server(files.certificate, files.key, [this](const std::string& target) { return bodyOf(target); }) {
-        m_server.greetWith(
-            R"([{"type":"ConnectionDetails","messageId":"m1","status":200,"wsc":{"token":"wsc-1","sequence":1}},)"
-            R"({"creationTime":"2026-01-01T00:00:00Z","maxConnectionsPerSession":5,"recoveryBufferSize":30,)"
-            R"("recoveryTimeout":300,"idleTimeout":600,"absoluteTimeout":86400}])");
-        m_server.answerFrames([](const std::string& frame) { return confirmation(frame); });
-    }
-
-    LoopbackServer& server() { return m_server; }
-    void callEnds(int number) { m_lastCall = number; }
-    static std::string endOfCall(int number) {
-        return R"([{"type":"ServerNotification","messageId":"n"},{"event":)"
-               R"("/restapi/v1.0/account/1/extension/4711/presence?detailedTelephonyState=true","ownerId":"4711",)"
-               R"("body":{"activeCalls":[{"telephonyStatus":"NoCall","telephonySessionId":")" +
-               Bodies::sessionOf(number) + R"("}]}}])";
-    }
-
-private:
-    static std::string confirmation(const std::string& frame) {
-        json_t* root = json_loads(frame.c_str(), 0, nullptr);
-        const char* id = json_string_value(json_object_get(json_array_get(root, 0), "messageId"));
-        const std::string reply =
-            std::string(R"([{"type":"ClientRequest","messageId":")") + (id == nullptr ? "" : id) +
-            R"(","status":200},{"id":"sub-1","creationTime":"2026-01-01T00:00:00Z","status":"Active","eventFilters":)"
-            R"(["/restapi/v1.0/account/1/extension/4711/presence?detailedTelephonyState=true",)"
-            R"("/restapi/v1.0/account/1/extension/4711/message-store?direction=Inbound&type=Voicemail",)"
-            R"("/restapi/v1.0/account/1/extension/4711/presence/dnd"],)"
-            R"("expirationTime":"2026-01-01T01:00:00Z","expiresIn":3600}])";
-        json_decref(root);
-        return reply;
-    }
-
-    std::string bodyOf(const std::string& target) {
-        if (contains(target, "/auth/token")) {
-            return R"({"accessToken":"T1","expiresIn":3600})";
-        }
-        if (contains(target, "/wstoken")) {
-            return R"({"ws_access_token":"W1","uri":"wss://127.0.0.1:)" + std::to_string(m_server.port()) +
-                   R"(/ws","expires_in":300})";
-        }
-        if (contains(target, "/presence")) {
-            return R"({"dndStatus":"TakeAllCalls","extension":{"id":4711}})";
-        }
-        if (contains(target, "/grant")) {
-            return R"({"records":[]})";
-        }
-        if (contains(target, "/call-log-sync?syncType=ISync")) {
-            return Bodies::callLog(m_lastCall, 1);
-        }
-        if (contains(target, "/call-log-sync")) {
-            return Bodies::callLog(0, callsOfALogin);
-        }
-        if (contains(target, "/address-book-sync")) {
-            return Bodies::phonebookPage(0, 50, "token");
-        }
-        if (contains(target, "/large")) {
-            return m_large;
-        }
-        return R"({"id":4711})";
-    }
-
-    const std::string m_large = Bodies::callLog(0, 108); // 45 kB
-    std::atomic<int> m_lastCall{0};
-    LoopbackServer m_server;
-};
-
 std::string own(const char* resource) {
-    return std::string(prefix) + "/restapi/v1.0/account/~/extension/~" + resource;
+    return std::string(Provider::prefix) + "/restapi/v1.0/account/~/extension/~" + resource;
 }
 
-const std::string webSocketTokenTarget = std::string(prefix) + "/restapi/oauth/wstoken";
+const std::string webSocketTokenTarget = std::string(Provider::prefix) + "/restapi/oauth/wstoken";
 const std::string subscriptionRequest =
     R"([{"type":"ClientRequest","messageId":"1","method":"POST","path":"/restapi/v1.0/subscription"},{"eventFilters":)"
     R"(["/restapi/v1.0/account/~/extension/~/presence?detailedTelephonyState=true",)"
     R"("/restapi/v1.0/account/~/extension/~/message-store?direction=Inbound&type=Voicemail",)"
     R"("/restapi/v1.0/account/~/extension/~/presence/dnd"],"deliveryMode":{"transportType":"WebSocket"}}])";
 
+/// Lets the other threads of this process, which share its processor, end what the former turn left to them.
+void settle() {
+    for (int yields = 0; yields < 20; ++yields) {
+        std::this_thread::yield();
+    }
+}
+
 void measureGet(Provider& provider, const std::string& authorities, int turns) {
     HostTelephone telephone(provider.server().port(), authorities);
     const std::size_t frames = provider.server().framesReceived();
     telephone.init();
     provider.server().awaitFrames(frames + 1);
-    telephone.observer().awaitCalls(callsOfALogin);
+    telephone.observer().awaitCalls(Provider::callsOfALogin);
     BareClient bare(provider.server().port(), authorities);
     std::vector<double> ours;
     std::vector<double> floor;
@@ -159,24 +91,30 @@ void measureGet(Provider& provider, const std::string& authorities, int turns) {
     print("kept-alive GET of 45 kB", ours, floor, 1.20);
 }
 
-void measureEvent(Provider& provider, const std::string& authorities, int turns) {
+void measureEvent(Provider& provider, Provider& bareProvider, const std::string& authorities, int turns) {
     HostTelephone telephone(provider.server().port(), authorities);
     const std::size_t frames = provider.server().framesReceived();
     telephone.init();
     provider.server().awaitFrames(frames + 1);
-    telephone.observer().awaitCalls(callsOfALogin);
+    telephone.observer().awaitCalls(Provider::callsOfALogin);
     BareClient bare(provider.server().port(), authorities);
     const std::string target =
         own("/call-log-sync?syncType=ISync&recordCount=100&view=Simple&showDeleted=true&syncToken=x");
+    BareRoad bareRoad(bareProvider.server(), authorities, target);
     std::vector<double> ours;
     std::vector<double> floor;
+    std::vector<double> sameRoad;
     for (int turn = 0; turn < turns; ++turn) {
-        const int number = callsOfALogin + turn;
+        const int number = Provider::callsOfALogin + turn;
         provider.callEnds(number);
+        bareProvider.callEnds(number);
         const std::size_t calls = telephone.observer().calls();
-        const Clock::time_point sent = provider.server().send(Provider::endOfCall(number));
-        ours.push_back(microseconds(telephone.observer().awaitCalls(calls + 1) - sent));
+        settle();
+        provider.server().send(Provider::endOfCall(number));
+        const Clock::time_point arrived = telephone.observer().awaitCalls(calls + 1);
+        ours.push_back(microseconds(arrived - provider.server().lastSent()));
 
+        settle();
         const Clock::time_point begun = Clock::now();
         const std::string body = bare.request("GET", target);
         json_t* root = json_loads(body.c_str(), 0, nullptr);
@@ -185,14 +123,18 @@ void measureEvent(Provider& provider, const std::string& authorities, int turns)
             throw std::runtime_error("the floor cannot parse the answer");
         }
         json_decref(root);
+
+        settle();
+        sameRoad.push_back(microseconds(bareRoad.goes(Provider::endOfCall(number))));
     }
     print("road of one event, one record", ours, floor, 1.35);
+    print("the same, its frame in the floor too", ours, sameRoad, 1.35);
 }
 
 void bareLogin(int port, const std::string& authorities) {
     BareClient rest(port, authorities);
     for (const std::string& target :
-         {std::string(prefix) + "/auth/token", own(""), own("/presence"), own("/grant"),
+         {std::string(Provider::prefix) + "/auth/token", own(""), own("/presence"), own("/grant"),
           own("/call-log-sync?syncType=FSync&recordCount=100&view=Simple&showDeleted=false&statusGroup=All"),
           own("/address-book-sync?syncType=FSync&perPage=50")}) {
         json_decref(json_loads(rest.request("GET", target).c_str(), 0, nullptr));
@@ -210,6 +152,8 @@ void measureLogin(Provider& provider, const std::string& authorities, int turns)
     std::vector<double> floor;
     for (int turn = 0; turn < turns; ++turn) {
         {
+            // A telephone that starts has read its authorities for no connection yet.
+            std::filesystem::last_write_time(authorities, std::filesystem::file_time_type::clock::now());
             HostTelephone telephone(provider.server().port(), authorities);
             const std::size_t frames = provider.server().framesReceived();
             const Clock::time_point begun = Clock::now();
@@ -224,23 +168,56 @@ void measureLogin(Provider& provider, const std::string& authorities, int turns)
     print("init to the subscription's request", ours, floor, 1.25);
 }
 
-int turnsFrom(int argc, char** argv) {
-    constexpr const char* option = "--turns=";
-    if (argc == 2 && std::strncmp(argv[1], option, std::strlen(option)) == 0) {
-        return std::atoi(argv[1] + std::strlen(option));
+/// Everything on the processor that runs now. How long a sleeping one takes to wake depends on whatever else runs, and
+/// changes a hand-over from one thread to another more than all that is to be measured.
+void stayOnOneProcessor() {
+    cpu_set_t one;
+    CPU_ZERO(&one);
+    CPU_SET(sched_getcpu(), &one);
+    if (sched_setaffinity(0, sizeof one, &one) != 0) {
+        throw std::runtime_error("the benchmark cannot stay on one processor");
     }
-    return argc == 1 ? 1000 : 0;
+}
+
+struct Choice {
+    bool spread = false;
+    int turns = 1000;
+    std::string only; ///< empty for all cases
+};
+
+bool choose(int argc, char** argv, Choice& choice) {
+    const auto value = [](const char* argument, const char* option) {
+        const std::size_t length = std::strlen(option);
+        return std::strncmp(argument, option, length) == 0 ? argument + length : nullptr;
+    };
+    for (int index = 1; index < argc; ++index) {
+        if (const char* turns = value(argv[index], "--turns=")) {
+            choice.turns = std::atoi(turns);
+        } else if (const char* only = value(argv[index], "--case=")) {
+            choice.only = only;
+        } else if (std::strcmp(argv[index], "--spread") == 0) {
+            choice.spread = true;
+        } else {
+            return false;
+        }
+    }
+    return choice.turns > 0 &&
+           (choice.only.empty() || choice.only == "get" || choice.only == "event" || choice.only == "login");
 }
 
 } // namespace
 
 int main(int argc, char** argv) try {
-    const int turns = turnsFrom(argc, argv);
-    std::string error;
-    if (turns < 1) {
-        std::fprintf(stderr, "usage: orvane-bench-network [--turns=NUMBER]\n");
+    Choice choice;
+    if (!choose(argc, argv, choice)) {
+        std::fprintf(stderr, "usage: orvane-bench-network [--turns=NUMBER] [--case=get|event|login] [--spread]\n"
+                             "--spread: on all processors, not on one\n");
         return 2;
     }
+    if (!choice.spread) {
+        stayOnOneProcessor();
+    }
+    std::string error;
     LogSink::Options log;
     log.level = 2;
     if (!LogSink::configure(log, error)) {
@@ -250,10 +227,18 @@ int main(int argc, char** argv) try {
     std::signal(SIGPIPE, SIG_IGN);
     TestCertificates certificates;
     Provider provider(certificates.server());
+    Provider bareProvider(certificates.server());
     const std::string authorities = certificates.authority().certificate;
-    measureGet(provider, authorities, turns);
-    measureEvent(provider, authorities, turns);
-    measureLogin(provider, authorities, turns < 20 ? turns : turns / 10);
+    const auto wanted = [&choice](const char* name) { return choice.only.empty() || choice.only == name; };
+    if (wanted("get")) {
+        measureGet(provider, authorities, choice.turns);
+    }
+    if (wanted("event")) {
+        measureEvent(provider, bareProvider, authorities, choice.turns);
+    }
+    if (wanted("login")) {
+        measureLogin(provider, authorities, choice.turns < 20 ? choice.turns : choice.turns / 10);
+    }
     return 0;
 } catch (const std::exception& exception) {
     std::fprintf(stderr, "orvane-bench-network: %s\n", exception.what());

@@ -29,8 +29,11 @@ public:
     void greetWith(const std::string& frame);
     /// Answers each text frame of a client; an empty answer is not sent.
     void answerFrames(std::function<std::string(const std::string& frame)> answer);
-    /// Sends a text frame on the WebSocket that is open, on its own thread; returns when it began to be written.
-    Clock::time_point send(const std::string& frame);
+    /// Has a text frame sent on the WebSocket that is open, by its own thread. Nobody waits for that: who is woken
+    /// while the frame is on its road would take a processor from it.
+    void send(const std::string& frame);
+    /// When the last frame that was sent so began to be written.
+    Clock::time_point lastSent();
     /// How many text frames came in so far, over all WebSockets, and when the last one had come.
     std::size_t framesReceived();
     /// Waits until that many frames have come; the time at which the last of them had.
@@ -55,7 +58,6 @@ private:
     std::string m_greeting;
     std::function<std::string(const std::string&)> m_answer;
     std::vector<std::string> m_outgoing;
-    std::size_t m_sent = 0;
     Clock::time_point m_sendBegan;
     int m_wake = -1; ///< event descriptor of the WebSocket that is open
     std::size_t m_received = 0;
