@@ -22,6 +22,7 @@ ARROWS = {
     "tests/fuzz": {"tests/unit", "host", "tests/support", "tests/support/telephone", "src", "include", "platform"},
     "tests/system": {"host", "include", "platform"},
     "tests/host": {"host", "tools/orvane-phone", "tools/events", "include", "platform"},
+    "benchmarks": {"host", "tests/support", "tests/support/telephone", "tests/host", "src", "include", "platform"},
     "tools/orvane-cloud": {"cloudsim"},
     "tools/events": {"include"},
     "tools/orvane-ctl": {"host", "include", "platform", "tools/events"},
