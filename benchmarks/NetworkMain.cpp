@@ -50,6 +50,13 @@ const std::string subscriptionRequest =
     R"("/restapi/v1.0/account/~/extension/~/message-store?direction=Inbound&type=Voicemail",)"
     R"("/restapi/v1.0/account/~/extension/~/presence/dnd"],"deliveryMode":{"transportType":"WebSocket"}}])";
 
+void logIn(HostTelephone& telephone, Provider& provider) {
+    const std::size_t frames = provider.server().framesReceived();
+    telephone.init();
+    provider.server().awaitFrames(frames + 1);
+    telephone.observer().awaitCalls(Provider::callsOfALogin);
+}
+
 /// Lets the other threads of this process, which share its processor, end what the former turn left to them.
 void settle() {
     for (int yields = 0; yields < 20; ++yields) {
@@ -59,10 +66,7 @@ void settle() {
 
 void measureGet(Provider& provider, const std::string& authorities, int turns) {
     HostTelephone telephone(provider.server().port(), authorities);
-    const std::size_t frames = provider.server().framesReceived();
-    telephone.init();
-    provider.server().awaitFrames(frames + 1);
-    telephone.observer().awaitCalls(Provider::callsOfALogin);
+    logIn(telephone, provider);
     BareClient bare(provider.server().port(), authorities);
     std::vector<double> ours;
     std::vector<double> floor;
@@ -93,10 +97,7 @@ void measureGet(Provider& provider, const std::string& authorities, int turns) {
 
 void measureEvent(Provider& provider, Provider& bareProvider, const std::string& authorities, int turns) {
     HostTelephone telephone(provider.server().port(), authorities);
-    const std::size_t frames = provider.server().framesReceived();
-    telephone.init();
-    provider.server().awaitFrames(frames + 1);
-    telephone.observer().awaitCalls(Provider::callsOfALogin);
+    logIn(telephone, provider);
     BareClient bare(provider.server().port(), authorities);
     const std::string target =
         own("/call-log-sync?syncType=ISync&recordCount=100&view=Simple&showDeleted=true&syncToken=x");
