@@ -124,6 +124,8 @@ bool OrvaneServiceHelper::getCallLogRecordFromObject(std::string& recordString, 
         if (details.result == "Stopped") {
             ORVANE_LOG(ERROR, "getCallLogRecordFromObject() - ignore record with 'Stopped' reason: [%s]",
                        OrvaneJson::dump(record).c_str());
+            callType = unknownType;
+            number = unknownNumber;
             return false;
         }
         view.callType = &dialled;

@@ -89,6 +89,14 @@ TEST_F(CallLogRecord, HasPlaceholdersForAMissingParty) {
               record);
 }
 
+TEST_F(CallLogRecord, TakesAnEmptyNumberForANumber) {
+    ASSERT_TRUE(read(R"({"id":"1","action":"a","startTime":"t","direction":"Inbound","result":"Accepted","duration":0,
+                         "telephonySessionId":"s","from":{"phoneNumber":""}})"));
+
+    EXPECT_EQ("", number);
+    EXPECT_EQ("{Received,1,t,00:00,,Unknown.Name,Unknown.Name,Unknown.Name}", record);
+}
+
 TEST_F(CallLogRecord, FallsBackToTheExtensionNumber) {
     ASSERT_TRUE(read(R"({"id":"1","action":"a","startTime":"t","direction":"Inbound","result":"Accepted","duration":0,
                          "telephonySessionId":"s","from":{"extensionNumber":"101"}})"));
@@ -159,6 +167,20 @@ TEST_F(CallLogRecord, OnASharedLineCarriesTheLinesOwnPartyAndNumber) {
 
     ASSERT_TRUE(readOnSharedLine(Call().outbound("Accepted")));
     EXPECT_NE(std::string::npos, record.find(",+49302,Bert,Anna,+49555}"));
+}
+
+TEST_F(CallLogRecord, OnASharedLineReadsEachPartyWithoutTheOther) {
+    Call anonymous;
+    anonymous.fromNumber.clear();
+    anonymous.fromName.clear();
+    ASSERT_TRUE(readOnSharedLine(anonymous));
+    EXPECT_NE(std::string::npos, record.find(",Caller.Unknown.XXX,Unknown.Name,Bert,+49555}")) << record;
+
+    Call toNobody;
+    toNobody.toNumber.clear();
+    toNobody.toName.clear();
+    ASSERT_TRUE(readOnSharedLine(toNobody));
+    EXPECT_NE(std::string::npos, record.find(",+49301,Anna,Unknown.Name,+49555}")) << record;
 }
 
 TEST_F(CallLogRecord, OnASharedLineHasAPlaceholderForAnOwnPartyWithoutAName) {
@@ -282,10 +304,23 @@ TEST_F(CallLogRecord, ThatWasStoppedIsDroppedWhenItIsOutbound) {
     EXPECT_FALSE(read(call));
 
     EXPECT_EQ("former id", id);
+    EXPECT_EQ("Unknown", callType);
+    EXPECT_EQ("Caller.Unknown.XXX", number);
     ASSERT_EQ(1u, platform.log.lines().size());
     EXPECT_EQ(2, platform.log.lines()[0].level);
     EXPECT_EQ(0u, platform.log.lines()[0].text.find(
                       "getCallLogRecordFromObject() - ignore record with 'Stopped' reason: [{\"id\": \"call-1\", "));
+}
+
+TEST_F(CallLogRecord, OnASharedLineIsDroppedForItsActionOrAsStoppedToo) {
+    Call unsupported;
+    unsupported.action = "FindMe";
+
+    EXPECT_FALSE(readOnSharedLine(unsupported));
+    EXPECT_FALSE(readOnSharedLine(Call().outbound("Stopped")));
+
+    EXPECT_EQ("former id", id);
+    EXPECT_EQ("", record);
 }
 
 TEST_F(CallLogRecord, ThatIsDeletedSaysSoAndStillCountsAsMissed) {
