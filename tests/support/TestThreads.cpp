@@ -88,6 +88,8 @@ bool Threader::spawn(unsigned long& id, Runner runner, void* argument, const std
                      OSALThreadPriority priority, int stackSize) {
     TestThreads& threads = TestPlatform::current().threads;
     if (threads.refuse) {
+        // A platform may leave anything here when it fails.
+        id = 999;
         return false;
     }
     // Stored before the body runs: the thread clears it.

@@ -45,6 +45,17 @@ TEST_F(CallLogCycle, EndsWhenTheSynchronisationIsSwitchedOff) {
     passSeconds(600);
 }
 
+TEST_F(CallLogCycle, ThatIsSwitchedOffTouchesNoTimer) {
+    connectWith({});
+    platform.dataManager.deliver(PldsTags::ORVANE_API_SYNC_CALL_LOG, "false");
+    platform.context.calls.clear();
+
+    service->getCallLogsAndVoicemails();
+
+    EXPECT_TRUE(platform.context.calls.empty());
+    EXPECT_TRUE(isPolling());
+}
+
 TEST_F(CallLogCycle, BringsTheVoicemailsAsWell) {
     connectWith({});
     observer.clear();

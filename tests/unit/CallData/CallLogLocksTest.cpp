@@ -65,6 +65,17 @@ TEST_F(CallLogLocks, OfAnAnswerWithoutRecords) {
               traceOfSynchronisation());
 }
 
+TEST_F(CallLogLocks, OfASynchronisationThatFindsTheServiceStopped) {
+    connectWith({missedCall("7")});
+    service->ageMissedCall("7");
+    service->clearSyncTokens();
+    service->stop();
+
+    EXPECT_EQ("m_observersSem{}", traceOfSynchronisation());
+
+    EXPECT_TRUE(service->isMissedCallViewed("7"));
+}
+
 TEST_F(CallLogLocks, OfACycle) {
     connectWith({});
     expectPoll("c1", "c2");

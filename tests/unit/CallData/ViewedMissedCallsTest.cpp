@@ -198,6 +198,22 @@ TEST_F(ViewedMissedCalls, AreReconciledAnewByEachFullSynchronisation) {
     EXPECT_EQ("\"7\"", viewedItem());
 }
 
+TEST_F(ViewedMissedCalls, ConfirmedByAReconciliationThatBeginsAnewStay) {
+    haveViewed("\"7\"");
+    connectWith({missedCall("7")});
+    service->clearSyncTokens();
+    expectFullCallLog("c2", {missedCall("7")});
+    Batch unpublished;
+    bool fullSync = false;
+    service->getCallLog(unpublished, fullSync);
+    service->clearSyncTokens();
+    expectFullCallLog("c3", {});
+
+    service->getCallLogs();
+
+    EXPECT_TRUE(viewed("7"));
+}
+
 TEST_F(ViewedMissedCalls, MarkedDuringAReconciliationStay) {
     haveViewed("\"7\"");
     expectToken();

@@ -193,6 +193,14 @@ TEST_F(SingleRecord, ThatChangesNothingIsNotPublished) {
     EXPECT_EQ(1u, records.size());
 }
 
+TEST_F(SingleRecord, ThatChangesNothingLeavesAnEarlierChangeToBePublished) {
+    handle(200, contact(7).json());
+
+    EXPECT_FALSE(handle(200, contact(7).json()));
+
+    EXPECT_TRUE(publishData);
+}
+
 TEST_F(SingleRecord, NeedsStatus200) {
     EXPECT_FALSE(handle(201, contact(7).json()));
 

@@ -134,6 +134,21 @@ TEST_F(PhonebookSync, SendsNothingUnlessConnected) {
     EXPECT_FALSE(platform.log.contains("getPhonebook() phonebookRecordsVector"));
 }
 
+TEST_F(PhonebookSync, ThatFindsTheServiceStoppedLeavesTheBookAlone) {
+    connectWith({contact(1)});
+    service->clearSyncTokens();
+    service->stop();
+    refresh();
+    EXPECT_EQ(1u, bookSize());
+
+    platform.dataManager.deliver(PldsTags::ORVANE_API_SYNC_PHONEBOOK, "false");
+    platform.log.clear();
+    refresh();
+
+    EXPECT_TRUE(logged(4, "getPhonebook() m_sync_phonebook[false]"));
+    EXPECT_FALSE(platform.log.contains("getPhonebook() phonebookRecordsVector"));
+}
+
 class PhonebookFailure : public PhonebookTelephone {
 protected:
     /// The stored token has stayed as it was.

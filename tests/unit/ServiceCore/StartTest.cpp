@@ -263,6 +263,22 @@ TEST_F(Start, LeavesTheCallLogToARefreshThatIsRunning) {
     runThreads();
 }
 
+TEST_F(Start, LeavesTheCallLogToARefreshOfTheVoicemailsThatIsRunning) {
+    withCallLog();
+    withObserver();
+    initialise();
+    service->refreshVoicemailEntries();
+    expectToken();
+    expectExtension();
+    expectGrants();
+    expectWebSocketToken();
+
+    runThreads();
+
+    EXPECT_TRUE(service->isRunning());
+    EXPECT_TRUE(platform.context.running(60000).empty()) << "polling does not begin";
+}
+
 TEST_F(Start, BacksOffTheRefreshOperationsWhileItDownloads) {
     withCallLog();
     withPhonebook();
