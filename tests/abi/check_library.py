@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Checks what the built library offers and how it is protected.
 
-usage: check_library.py exports|random|hardening|shipping LIBRARY NM READELF
+usage: check_library.py exports|imports|hardening|shipping LIBRARY NM READELF
 """
 
 import json
@@ -11,8 +11,19 @@ import sys
 from pathlib import Path
 
 SIZE_BUDGET_BYTES = 200_000  # stripped, for the telephone's 32-bit processor
-SEEDS = {"srand", "srandom", "srand48", "seed48", "lcong48", "initstate", "setstate"}
 EXPORTS = {"createOrvaneService", "createOrvaneServiceInvoker", "createOrvaneServiceObserverProxy"}
+# What the library asks the operating system for; the seed of rand is the platform's. The rest is JSON, memory, text and
+# what compilers and sanitizers put in. So environment, files, clocks, sockets, processes and threads are closed to it.
+SYSTEM_IMPORTS = {"getrandom": ("getrandom",), "rand": ("rand",), "time": ("time", "__time64")}
+OTHER_IMPORTS = re.compile(
+    r"(_Z|json_|str|_ITM_|_Unwind_|__aeabi_|__cxa_|__stack_chk_|__(a|t|ub)san_|__sanitizer_|__gcov_)\w+"
+    r"|mem(chr|cmp|cpy|move|set)|bcmp|__(mem|str)\w+_chk"
+    r"|__dynamic_cast|__errno_location|__g(cc|xx)_personality_v0|__gmon_start__"
+)
+FOREIGN_CLASSES = re.compile(
+    r"\bstd::(\w+::)?(basic_[io]?fstream|basic_filebuf|c(in|out|err|log)\b|chrono|condition_variable|filesystem"
+    r"|mutex|random_device|thread|this_thread)|\bboost::"
+)
 
 
 def output(*command):
@@ -31,14 +42,24 @@ def check_exports(library, nm, _readelf):
             yield f"{name} is not a plain function but of kind {kind}"
 
 
-def check_random(library, nm, _readelf):
-    """The delays come from the system's generator, and seeding it is left to the platform."""
-    symbols = output(nm, "-D", "--undefined-only", "--format=posix", library).splitlines()
-    needed = {line.split()[0].split("@")[0] for line in symbols}
-    if "rand" not in needed:
-        yield "rand is not asked for"
-    for name in sorted(needed & SEEDS):
-        yield f"{name} is asked for"
+def undefined_symbols(library, nm, *options):
+    lines = output(nm, "-D", "--undefined-only", *options, library).splitlines()
+    # The name stands behind the letter of its kind, its version behind an @.
+    return {re.sub(r"^ *\w ", "", line).split("@")[0] for line in lines}
+
+
+def check_imports(library, nm, _readelf):
+    needed = undefined_symbols(library, nm)
+    for name, symbols in SYSTEM_IMPORTS.items():
+        if needed.isdisjoint(symbols):
+            yield f"{name} is not asked for"
+    known = {symbol for symbols in SYSTEM_IMPORTS.values() for symbol in symbols}
+    for name in sorted(needed - known):
+        if not OTHER_IMPORTS.fullmatch(name):
+            yield f"{name} is asked for"
+    for name in sorted(undefined_symbols(library, nm, "--demangle")):
+        if FOREIGN_CLASSES.search(name):
+            yield f"{name} is asked for"
 
 
 def check_hardening(library, _nm, readelf):
@@ -117,7 +138,7 @@ def check_debug_file(path, sections, readelf):
 
 CHECKS = {
     "exports": check_exports,
-    "random": check_random,
+    "imports": check_imports,
     "hardening": check_hardening,
     "shipping": check_shipping,
 }
