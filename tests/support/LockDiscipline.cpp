@@ -128,7 +128,9 @@ Semaphore::Semaphore(int initialCount, int maximumCount, bool reentrant)
     TestPlatform::current().locks.made.push_back({m_representation->name, initialCount, maximumCount, reentrant});
 }
 
-Semaphore::~Semaphore() = default;
+Semaphore::~Semaphore() {
+    TestPlatform::current().steps.add("semaphore ends ", m_representation->name);
+}
 
 bool Semaphore::take(int timeoutMilliseconds) {
     Representation& self = *m_representation;

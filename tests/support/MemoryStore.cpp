@@ -61,7 +61,7 @@ bool MemoryStore::writeData(ManageableData& data) {
 }
 
 void MemoryStore::getStoragePath(int area, std::string& path) {
-    storageAreas.push_back(area);
+    storageAreas.emplace_back(area, path);
     path = "/storage/" + std::to_string(area) + "/";
 }
 

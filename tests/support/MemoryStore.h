@@ -33,7 +33,7 @@ public:
     std::vector<std::pair<std::string, std::string>> writes; ///< what the service wrote, refused writes too
     std::function<void()> whileWriting;                      ///< runs inside every write
     std::vector<std::string> observed;
-    std::vector<int> storageAreas;
+    std::vector<std::pair<int, std::string>> storageAreas; ///< asked for, with the path that came in
 
     /// How often the service wrote this value to this item.
     int countWrites(const std::string& key, const std::string& value) const;

@@ -96,14 +96,14 @@ void ServiceDataManager::finishSetup() {
     }
 }
 
-bool ServiceDataManager::getData(ManageableData&) {
-    ++m_representation->record.getDataCalls;
-    return true;
+bool ServiceDataManager::getData(ManageableData& data) {
+    m_representation->record.dataRead.push_back(&data);
+    return !m_representation->record.refuseData;
 }
 
-bool ServiceDataManager::setData(ManageableData&) {
-    ++m_representation->record.setDataCalls;
-    return true;
+bool ServiceDataManager::setData(ManageableData& data) {
+    m_representation->record.dataWritten.push_back(&data);
+    return !m_representation->record.refuseData;
 }
 
 void ServiceDataManager::unregisterAgent() {

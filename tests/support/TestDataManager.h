@@ -10,6 +10,7 @@
 #include <vector>
 
 class Context;
+class ManageableData;
 class MgmtAgentIfc;
 class ValidatorIfc;
 
@@ -35,8 +36,9 @@ public:
     ValidatorIfc* validator = nullptr;
     std::map<std::string, std::unique_ptr<ManagedItemGetter>> getters;
     std::map<std::string, std::unique_ptr<ManagedItemSetter>> setters;
-    int getDataCalls = 0;
-    int setDataCalls = 0;
+    std::vector<const ManageableData*> dataRead;
+    std::vector<const ManageableData*> dataWritten;
+    bool refuseData = false; ///< reading and writing of data fails
 
     /// Name part of the getter and setter of an item, such as "OrvaneApiSyncDnd".
     static std::string operationOf(const std::string& key);

@@ -5,9 +5,25 @@
 #include <new>
 #include <set>
 
+using namespace OrvaneServiceTypes;
+
 namespace {
 
-class ServiceObject : public TestTelephone {};
+class ServiceObject : public TestTelephone {
+protected:
+    /// The recorded steps that begin like one of these.
+    std::vector<std::string> stepsOf(const std::vector<std::string>& beginnings) const {
+        std::vector<std::string> found;
+        for (const std::string& step : platform.steps.steps()) {
+            for (const std::string& beginning : beginnings) {
+                if (step.compare(0, beginning.size(), beginning) == 0) {
+                    found.push_back(step);
+                }
+            }
+        }
+        return found;
+    }
+};
 
 struct StateText {
     int value;
@@ -183,15 +199,49 @@ TEST_F(ServiceObject, WritesNoLineThatIsNotWanted) {
     EXPECT_TRUE(platform.log.lines().empty());
 }
 
-TEST_F(ServiceObject, ForwardsDataToItsManager) {
-    ManageableData data;
+TEST_F(ServiceObject, ForwardsDataToItsManagerAndItsAnswerBack) {
+    ManageableData read;
+    ManageableData written;
 
-    EXPECT_TRUE(service->getData(data));
-    EXPECT_TRUE(service->getData(data));
-    EXPECT_TRUE(service->setData(data));
+    EXPECT_TRUE(service->getData(read));
+    EXPECT_TRUE(service->setData(written));
+    platform.dataManager.refuseData = true;
+    EXPECT_FALSE(service->getData(written));
+    EXPECT_FALSE(service->setData(read));
 
-    EXPECT_EQ(2, platform.dataManager.getDataCalls);
-    EXPECT_EQ(1, platform.dataManager.setDataCalls);
+    EXPECT_EQ((std::vector<const ManageableData*>{&read, &written}), platform.dataManager.dataRead);
+    EXPECT_EQ((std::vector<const ManageableData*>{&written, &read}), platform.dataManager.dataWritten);
+}
+
+TEST_F(ServiceObject, HasRecordsOfLinesAndKeysInTheirOrder) {
+    BcaLineType line;
+    line.extensionId = "900";
+    line.phoneNumber = "+49900";
+    line.name = "line 900";
+    line.status = BCA_LINE_STATUS_READY;
+    line.callLogSyncToken = "t1";
+    line.fullSyncPending = true;
+    line.m_bcaLinesCcallLogMap["1"] = "{record}";
+    line.voicemail.name = "own";
+    const auto& [extensionId, phoneNumber, name, status, callLogSyncToken, pending, callLogMap, voicemail] = line;
+    EXPECT_EQ("900", extensionId);
+    EXPECT_EQ("+49900", phoneNumber);
+    EXPECT_EQ("line 900", name);
+    EXPECT_EQ(2, status);
+    EXPECT_EQ("t1", callLogSyncToken);
+    EXPECT_TRUE(pending);
+    EXPECT_EQ(1u, callLogMap.count("1"));
+    EXPECT_EQ("own", voicemail.name);
+    EXPECT_EQ(1, BcaLineType().status);
+    EXPECT_EQ(1, BCA_LINE_STATUS_DISCOVERED);
+
+    const FpkPresenceDataType key = {"100", "59", "5001", "Colleague", DND_TAKE_ALL_CALLS, true};
+    EXPECT_EQ("100", key.fpk);
+    EXPECT_EQ("59", key.fpkFunction);
+    EXPECT_EQ("5001", key.extensionId);
+    EXPECT_EQ("Colleague", key.keyLabel);
+    EXPECT_EQ(DND_TAKE_ALL_CALLS, key.dndStatus);
+    EXPECT_TRUE(key.dndActive);
 }
 
 TEST_F(ServiceObject, HasSlotsThatDoNothing) {
@@ -272,13 +322,18 @@ TEST_F(ServiceObject, WaitsAtItsEndForARecoveryThatHasNotBegun) {
     ASSERT_EQ(1u, platform.threads.pendingCount());
     const unsigned long recovery = platform.threads.spawned.back().id;
     platform.threads.waitedFor.clear();
-    // The recovery finds a stopped service and tries to begin anew.
-    expectToken().answers(500, "");
+    // The recovery finds a stopped service and begins anew.
+    expectLogin();
+    platform.steps.begin();
 
     service.reset();
 
     EXPECT_EQ(std::vector<unsigned long>{recovery}, platform.threads.waitedFor);
     EXPECT_EQ(0u, platform.threads.pendingCount());
+    EXPECT_EQ((std::vector<std::string>{"socket stops", "wait for " + std::to_string(recovery), "socket stops",
+                                        "socket stops", "socket to wss://events.example/ws?access_token=W1",
+                                        "socket terminates"}),
+              stepsOf({"socket ", "wait for "}));
 }
 
 TEST_F(ServiceObject, EndsEvenWhenItWasNeverInitialised) {

@@ -87,7 +87,8 @@ TEST_F(Initialisation, SubscribesToTheSiblingsThatReport) {
 TEST_F(Initialisation, AsksForTheStorageArea) {
     initialiseOnly();
 
-    EXPECT_EQ(std::vector<int>{3}, platform.store.storageAreas);
+    const std::vector<std::pair<int, std::string>> areaOfImages = {{3, "/data/images/"}};
+    EXPECT_EQ(areaOfImages, platform.store.storageAreas);
 }
 
 TEST_F(Initialisation, ObservesGatesViewedIdsAndFunctionKeys) {
