@@ -50,6 +50,31 @@ TEST_F(CallDeletion, OfACallThatIsNotViewedWritesNothing) {
     EXPECT_EQ(writes, platform.store.writes.size());
 }
 
+TEST_F(CallDeletion, OfACallThatIsNotViewedLeavesTheStoreEvenWhenItHoldsMoreThanTheMemory) {
+    platform.store.set(PldsTags::ORVANE_API_VIEWED_MISSED_CALL_IDS, "\"7\",\"8\"");
+    connectWith({}); // nobody confirms them: gone from memory, kept in the store
+    expectDeletion(prefix);
+
+    service->deleteCallLogEntry("9");
+
+    EXPECT_EQ("\"7\",\"8\"", viewedItem());
+}
+
+TEST_F(CallDeletion, TakesTheCallOutOfTheLogBeforeTheCloudIsAsked) {
+    connectWith({call("1")});
+    Batch batch;
+    expectDeletionOf("1").whileAwaited([&] {
+        std::string body = callLog("c2", {call("1").gone()});
+        bool fullSync = false;
+        service->handleCallLogResponse(HttpClientIfc::STATUS_OK, body, batch, fullSync);
+    });
+
+    service->deleteCallLogEntry("1");
+
+    EXPECT_EQ(Batch(), batch);
+    EXPECT_TRUE(logged(4, "handleCallLogResponse() something went wrong with callId [1]"));
+}
+
 TEST_F(CallDeletion, OfAnUnknownCallGoesToTheBarePrefix) {
     connectWith({call("1")});
     expectDeletion(prefix).answers(404, "what");

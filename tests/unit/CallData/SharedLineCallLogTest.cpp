@@ -1,9 +1,6 @@
 #include "SharedLineTelephone.h"
 
-#include "utilities/Serializer.h"
-
 using CloudAnswers::call;
-using CloudAnswers::missedCall;
 using CloudAnswers::recordText;
 using OrvaneServiceTypes::DATA_CALL_LOG;
 
@@ -11,17 +8,6 @@ namespace {
 
 class SharedLineCallLog : public SharedLineTelephone {
 protected:
-    /// Record text of an answered inbound call on a line.
-    static std::string received(const std::string& callId, const std::string& lineId) {
-        return recordText(call(callId), "Received", "+49301", "Anna", "Bert", "+49" + lineId);
-    }
-    std::vector<std::string> targets() const {
-        std::vector<std::string> all;
-        for (const auto& request : platform.network.requests) {
-            all.push_back(request.target);
-        }
-        return all;
-    }
     /// An established channel whose interface goes down: a recovery is under way and no request gets through.
     void startRecovery() {
         openChannel();
@@ -141,6 +127,17 @@ TEST_F(SharedLineCallLog, ALineThatGoesAwayDuringItsRequestEndsTheWalk) {
     EXPECT_EQ(0u, service->getBcaLineListSize());
     EXPECT_EQ((std::vector<std::string>{received("a", "201")}), lastBatch("orvaneIncrementalSync", DATA_CALL_LOG))
         << "the batch holds what was fetched";
+}
+
+TEST_F(SharedLineCallLog, AWalkThatHasBegunGoesOnWhenTheLoginEnds) {
+    connectWithReadyLines({{"201", "A"}, {"202", "B"}});
+    expectFullCallLog();
+    expectIncrementalLineLog("201", "t201", "u201").whileAwaited([this] { service->deconfigure(); });
+    expectIncrementalLineLog("202", "t202", "u202");
+
+    service->getCallLogs();
+
+    EXPECT_EQ("u202", line("202").callLogSyncToken);
 }
 
 TEST_F(SharedLineCallLog, ALineWithAnEmptyExtensionIdIsWalkedOnce) {
@@ -306,116 +303,6 @@ TEST_F(SharedLineCallLog, OneLineWithATokenIsAskedForChanges) {
     EXPECT_EQ("t2", copy.callLogSyncToken);
 }
 
-// ---- New lines ---------------------------------------------------------------------------------------------------
-
-TEST_F(SharedLineCallLog, ANewLinesRecordsGoOutAsAnIncrementalEventAndVoicemailFollows) {
-    withObserver();
-    connectWithLines({{"201", "A"}});
-    expectFullLineLog("201", "t1", {call("a")});
-
-    overview("+49201@example", "A");
-
-    ASSERT_EQ(2u, observer.events.size());
-    EXPECT_EQ("orvaneIncrementalSync", observer.events[0].operation);
-    EXPECT_EQ((std::vector<std::string>{received("a", "201")}), observer.events[0].data);
-    EXPECT_EQ("orvaneVoicemail", observer.events[1].operation);
-    EXPECT_EQ(1u, line("201").m_bcaLinesCcallLogMap.size());
-}
-
-TEST_F(SharedLineCallLog, BeforeTheFirstOwnSynchronisationANewLinesRecordsAreAFullEvent) {
-    connectWithLines({{"201", "A"}});
-    withObserver();
-    expectFullLineLog("201", "t1", {call("a")});
-
-    overview("+49201@example", "A");
-
-    EXPECT_EQ((std::vector<std::string>{received("a", "201")}), lastBatch("orvaneFullSync", DATA_CALL_LOG));
-}
-
-TEST_F(SharedLineCallLog, NoNewLinesPublishNothing) {
-    withObserver();
-    connectWithLines({});
-
-    service->syncDataForBcaLines({});
-
-    EXPECT_TRUE(observer.events.empty());
-}
-
-TEST_F(SharedLineCallLog, AnUnknownNewLineIsPassedOver) {
-    withObserver();
-    connectWithReadyLines({{"202", "B"}});
-    expectIncrementalLineLog("202", "t202", "u202");
-
-    service->syncDataForBcaLines({"404", "202"});
-
-    EXPECT_TRUE(logged(2, "syncDataForBcaLines() - BCA Line (404) not found"));
-    EXPECT_EQ("u202", line("202").callLogSyncToken);
-    EXPECT_EQ(1u, observer.of("orvaneIncrementalSync").size());
-}
-
-TEST_F(SharedLineCallLog, ANewLineThatGoesAwayDuringItsRequestIsReportedAndItsRecordsAreStillPublished) {
-    withObserver();
-    connectWithLines({{"201", "A"}});
-    expectFullLineLog("201", "t1", {call("a")}).whileAwaited([this] { service->deleteAllData(true); });
-
-    overview("+49201@example", "A");
-
-    EXPECT_TRUE(logged(2, "syncDataForBcaLines() - BCA Line (201) disappeared meanwhile"));
-    EXPECT_EQ(0u, service->getBcaLineListSize());
-    EXPECT_EQ((std::vector<std::string>{received("a", "201")}), lastBatch("orvaneFullSync", DATA_CALL_LOG));
-}
-
-// ---- Lines that went away ----------------------------------------------------------------------------------------
-
-TEST_F(SharedLineCallLog, RecordsOfRemovedLinesGoAsBareIdsInOrder) {
-    withObserver();
-    connectWithLines({});
-    BcaLineType first;
-    first.m_bcaLinesCcallLogMap = {{"z", "{z}"}, {"y", "{y}"}};
-    BcaLineType second;
-    second.m_bcaLinesCcallLogMap = {{"a", "{a}"}};
-
-    service->removeSyncedDataForBcaLines({first, second});
-
-    ASSERT_EQ(2u, observer.events.size());
-    EXPECT_EQ("orvaneIncrementalSync", observer.events[0].operation);
-    EXPECT_EQ((std::vector<std::string>{"y", "z", "a"}), observer.events[0].data);
-    EXPECT_EQ("orvaneVoicemail", observer.events[1].operation);
-    EXPECT_TRUE(platform.network.requests.empty());
-}
-
-TEST_F(SharedLineCallLog, WithoutATokenTheIdsOfRemovedLinesAreAFullEvent) {
-    connectWithLines({});
-    withObserver();
-    BcaLineType removed;
-    removed.m_bcaLinesCcallLogMap = {{"a", "{a}"}};
-
-    service->removeSyncedDataForBcaLines({removed});
-
-    EXPECT_EQ((std::vector<std::string>{"a"}), lastBatch("orvaneFullSync", DATA_CALL_LOG));
-}
-
-TEST_F(SharedLineCallLog, NoRemovedLinesPublishNothing) {
-    withObserver();
-    connectWithLines({});
-
-    service->removeSyncedDataForBcaLines({});
-
-    EXPECT_TRUE(observer.events.empty());
-}
-
-TEST_F(SharedLineCallLog, WithdrawnIdsStayViewed) {
-    connectWithLines({{"201", "A"}});
-    expectFullLineLog("201", "t1", {missedCall("a")});
-    overview("+49201@example", "A");
-    service->ageMissedCall("a");
-    expectGrants({});
-
-    service->devicesChanged();
-
-    EXPECT_TRUE(service->isMissedCallViewed("a"));
-}
-
 // ---- The kind of the event ---------------------------------------------------------------------------------------
 
 TEST_F(SharedLineCallLog, ALinesFullSynchronisationInAnIncrementalCycleIsAnIncrementalEvent) {
@@ -423,9 +310,7 @@ TEST_F(SharedLineCallLog, ALinesFullSynchronisationInAnIncrementalCycleIsAnIncre
     connectWithLines({{"201", "A"}});
     expectFullLineLog("201", "t1", {call("gone"), call("kept")});
     overview("+49201@example", "A");
-    BcaLineType withoutToken = line("201");
-    withoutToken.callLogSyncToken.clear();
-    service->replaceBcaLineInList(withoutToken);
+    emptyLineToken("201");
     expectIncrementalCallLog("c1", "c2");
     expectFullLineLog("201", "t2", {call("kept")});
 
@@ -449,51 +334,4 @@ TEST_F(SharedLineCallLog, AFullOwnSynchronisationCarriesTheLinesChangesInTheFull
     EXPECT_EQ(
         (std::vector<std::string>{recordText(call("own"), "Received", "+49301", "Anna"), received("change", "201")}),
         lastBatch("orvaneFullSync", DATA_CALL_LOG));
-}
-
-// ---- Viewed missed calls -----------------------------------------------------------------------------------------
-
-TEST_F(SharedLineCallLog, ALinesFullSynchronisationAloneDropsTheViewedIdsOfAllOthers) {
-    withObserver();
-    connectWithLines({{"201", "A"}});
-    service->ageMissedCalls({"elsewhere", "here"});
-    expectFullLineLog("201", "t1", {missedCall("here")});
-
-    overview("+49201@example", "A");
-
-    EXPECT_TRUE(service->isMissedCallViewed("here"));
-    EXPECT_FALSE(service->isMissedCallViewed("elsewhere"));
-    EXPECT_TRUE(logged(6, "getBcaCallLog() - full sync! oldViewedMissedCallIds [2] viewedMissedCallIds [2]"));
-    EXPECT_EQ(Serializer::serialize(std::set<std::string>{"here"}),
-              platform.store.get(PldsTags::ORVANE_API_VIEWED_MISSED_CALL_IDS));
-}
-
-TEST_F(SharedLineCallLog, ARunningReconciliationIsNotBegunAgain) {
-    connectWithReadyLines({{"201", "A"}});
-    withObserver(); // empties the tokens
-    service->ageMissedCalls({"own", "line"});
-    expectFullCallLog("c1", {missedCall("own")});
-    expectFullLineLog("201", "t1", {missedCall("line")});
-
-    service->getCallLogs();
-
-    EXPECT_TRUE(service->isMissedCallViewed("own")) << "confirmed by the answer for the user's own line";
-    EXPECT_TRUE(service->isMissedCallViewed("line"));
-    EXPECT_FALSE(platform.log.contains("getBcaCallLog() - full sync!"));
-}
-
-TEST_F(SharedLineCallLog, AnIncrementalAnswerOfALaterLineConfirmsToo) {
-    connectWithReadyLines({{"201", "A"}, {"202", "B"}});
-    BcaLineType withoutToken = line("201");
-    withoutToken.callLogSyncToken.clear();
-    service->replaceBcaLineInList(withoutToken);
-    expectFullCallLog();
-    expectFullLineLog("201", "t1");
-    expectIncrementalLineLog("202", "t202", "u202", {missedCall("late")});
-    service->ageMissedCall("late");
-
-    service->getCallLogs();
-
-    EXPECT_TRUE(service->isMissedCallViewed("late"));
-    EXPECT_TRUE(logged(6, "handleBcaCallLogResponse() [late] keeps in m_viewedMissedCallIds"));
 }

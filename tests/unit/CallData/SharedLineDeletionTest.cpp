@@ -56,10 +56,13 @@ TEST_F(SharedLineDeletion, OfACallInSeveralLogsNamesThemAllInOneRequest) {
     EXPECT_TRUE(observer.events.empty());
 }
 
-TEST_F(SharedLineDeletion, HoldsTheListsSemaphoreForTheWalkOnly) {
+TEST_F(SharedLineDeletion, HasLeftTheLinesLogAndTheListsSemaphoreBeforeTheCloudIsAsked) {
     connectWithCalls({}, {call("7")}, {});
     std::vector<std::string> held;
-    expectDeletion(onLine("21", "7")).whileAwaited([&] { held = platform.locks.held(); });
+    expectDeletion(onLine("21", "7")).whileAwaited([&] {
+        held = platform.locks.held();
+        EXPECT_TRUE(line("21").m_bcaLinesCcallLogMap.empty());
+    });
 
     service->deleteCallLogEntry("7");
 

@@ -45,6 +45,18 @@ TEST_F(SharedLineDiscovery, EveryFurtherPageIsAskedForByItsNumber) {
     EXPECT_EQ((std::vector<std::string>{"201", "202", "203"}), added) << "in key order";
 }
 
+TEST_F(SharedLineDiscovery, PagesAreAskedForByNumberFromTheFirstOn) {
+    connectWithLines({});
+    expectPage(0).answers(200, "{\"page\":-3,\"totalPages\":1,\"records\":[]}"); // next: -2
+    expectPage(0).answers(200, "{\"page\":-1,\"totalPages\":1,\"records\":[]}"); // next: 0
+    expectPage(0).answers(200, "{\"page\":0,\"totalPages\":1,\"records\":[]}");  // next: 1
+    expectPage(1).answers(200, grants({{"201", "A"}}, 1, 1));
+
+    EXPECT_TRUE(download());
+
+    EXPECT_EQ((std::vector<std::string>{"201"}), added);
+}
+
 TEST_F(SharedLineDiscovery, AnAnswerWithoutPageIsTheLastOne) {
     connectWithLines({});
     expectPage(0).answers(200, "{\"totalPages\":3,\"records\":[]}");
@@ -150,7 +162,9 @@ TEST_P(FailedDiscovery, AListThatCouldNotBeFetchedRemovesAllLines) {
     EXPECT_TRUE(download());
 
     EXPECT_EQ(0u, service->getBcaLineListSize());
-    EXPECT_EQ(2u, removed.size());
+    ASSERT_EQ(2u, removed.size());
+    EXPECT_EQ("201", removed[0].extensionId) << "in key order";
+    EXPECT_EQ("202", removed[1].extensionId);
     EXPECT_EQ(1u, platform.network.requests.size());
 }
 
@@ -215,9 +229,11 @@ TEST_F(SharedLineDiscovery, APageBeyondTheLastResetsTheNextPage) {
     EXPECT_EQ(0, nextPage);
 }
 
-TEST_F(SharedLineDiscovery, WithoutTotalPagesTheNextPageStays) {
+TEST_F(SharedLineDiscovery, WithoutPageOrTotalPagesTheNextPageStays) {
     EXPECT_FALSE(handle(200, "{\"page\":1,\"records\":[]}"));
+    EXPECT_EQ(7, nextPage);
 
+    EXPECT_FALSE(handle(200, "{\"totalPages\":3,\"records\":[]}"));
     EXPECT_EQ(7, nextPage);
 }
 

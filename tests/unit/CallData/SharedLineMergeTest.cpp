@@ -203,6 +203,19 @@ TEST_F(SharedLineMerge, ACallOfTheUsersOwnLogIsNotTheLines) {
     EXPECT_EQ(0, redialWrites());
 }
 
+TEST_F(SharedLineMerge, ACallOfBothLogsStaysOnTheLineAsItIs) {
+    withObserver();
+    connectWithLines({});
+    expectIncrementalCallLog("c1", "c2", {call("both")});
+    service->getCallLogs();
+    shared.m_bcaLinesCcallLogMap["both"] = "{both}";
+
+    merge({missedCall("both"), call("both").gone()});
+
+    EXPECT_TRUE(batch.empty());
+    EXPECT_EQ((std::map<std::string, std::string>{{"both", "{both}"}}), shared.m_bcaLinesCcallLogMap);
+}
+
 // ---- The number for redial ---------------------------------------------------------------------------------------
 
 TEST_F(SharedLineMerge, TheFirstQualifyingDialledCallSetsTheNumberForRedial) {

@@ -73,6 +73,17 @@ protected:
         BcaLineType copy;
         return service->getCopyOfBcaLineFromList(id, copy);
     }
+    /// The line's next synchronisation is a full one, without one of the user's own line.
+    void emptyLineToken(const std::string& id) {
+        BcaLineType withoutToken = line(id);
+        withoutToken.callLogSyncToken.clear();
+        service->replaceBcaLineInList(withoutToken);
+    }
+    /// Record text of an answered inbound call on a line.
+    static std::string received(const std::string& callId, const std::string& lineId) {
+        return CloudAnswers::recordText(CloudAnswers::call(callId), "Received", "+49301", "Anna", "Bert",
+                                        "+49" + lineId);
+    }
     void forgetRecords() {
         platform.log.clear();
         platform.network.requests.clear();

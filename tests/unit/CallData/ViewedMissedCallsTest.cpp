@@ -155,6 +155,37 @@ TEST_F(ViewedMissedCalls, ThatNobodyConfirmsGoFromMemoryAndStayInTheStore) {
     EXPECT_EQ("\"9\"", viewedItem()) << "the next save writes the smaller set";
 }
 
+TEST_F(ViewedMissedCalls, AreWrittenWhenTheirNewFormIsAsLongAsTheOldOne) {
+    haveViewed("\"7\"");
+    connectWith({});
+
+    service->ageMissedCall("8");
+
+    EXPECT_EQ("\"8\"", viewedItem());
+}
+
+TEST_F(ViewedMissedCalls, ThatWereDroppedLeaveTheStoreWithTheNextMarkThoughItAddsNothing) {
+    haveViewed("\"7\"");
+    expectToken();
+    expectExtension();
+    expectGrants();
+    expectFullCallLog("c1").whileAwaited([this] { service->ageMissedCall("8"); });
+    expectWebSocketToken();
+    connect();
+    EXPECT_EQ("\"7\",\"8\"", viewedItem()) << "nothing was confirmed, so nothing was saved";
+
+    service->ageMissedCall("8");
+    EXPECT_EQ("\"8\"", viewedItem());
+
+    service->clearSyncTokens();
+    expectFullCallLog("c2").whileAwaited([this] { service->ageMissedCall("9"); });
+    poll();
+    EXPECT_EQ("\"8\",\"9\"", viewedItem());
+
+    service->ageMissedCalls({});
+    EXPECT_EQ("\"9\"", viewedItem());
+}
+
 TEST_F(ViewedMissedCalls, GoFromMemoryWhenAFullSynchronisationGetsNoAnswer) {
     haveViewed("\"7\"");
     expectToken();

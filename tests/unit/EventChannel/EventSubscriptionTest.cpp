@@ -345,11 +345,17 @@ TEST_F(EventSubscriptionTest, ChangedSharedLinesUpdateTheSubscriptionOfAReadyCha
     expectRequest("PUT", "/restapi/v1.0/subscription/sub-1",
                   body({presence, messageStore, sharedLine("90"), sharedLine("91")}));
     clearRecords();
-    service->setWebSocketState(OrvaneService::WS_STATE_OPENED);
-    expectGrants({{"90", "line 90"}});
-    service->devicesChanged();
-    EXPECT_TRUE(frames().empty());
-    EXPECT_FALSE(logged(4, "updateSubscriptionOvEvents()"));
+    std::vector<CloudAnswers::GrantedLine> granted = {{"90", "line 90"}, {"91", "line 91"}};
+    for (const auto state : {OrvaneService::WS_STATE_CLOSED, OrvaneService::WS_STATE_OPENED,
+                             OrvaneService::WS_STATE_RECOVERING, OrvaneService::WS_STATE_SENDING_RECOVERY_BUFFER}) {
+        service->setWebSocketState(state);
+        granted.push_back({"9" + std::to_string(granted.size()), "one more"});
+        expectGrants(granted);
+        service->devicesChanged();
+        EXPECT_EQ(granted.size(), service->getBcaLineListSize());
+        EXPECT_TRUE(frames().empty());
+        EXPECT_FALSE(log().contains("updateSubscriptionOvEvents()")) << "in state " << state;
+    }
 }
 
 TEST_F(EventSubscriptionTest, DndThatIsSwitchedOffUpdatesTheSubscription) {

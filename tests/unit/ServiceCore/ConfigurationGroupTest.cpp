@@ -272,6 +272,8 @@ TEST_F(ConfigurationGroup, AResetKeepsTheDataIfNoChangeWasPending) {
 
     EXPECT_TRUE(syncEvents().empty());
     EXPECT_TRUE(service->isMissedCallViewed("seen"));
+    service->ageMissedCall("seen");
+    EXPECT_EQ("", platform.store.get(PldsTags::ORVANE_API_VIEWED_MISSED_CALL_IDS)) << "it counts as saved";
 }
 
 TEST_F(ConfigurationGroup, AResetClearsTheDataIfAChangeWasPending) {
