@@ -61,6 +61,7 @@ bool MemoryStore::writeData(ManageableData& data) {
 }
 
 void MemoryStore::getStoragePath(int area, std::string& path) {
+    TestPlatform::current().steps.add("storage path ", std::to_string(area));
     storageAreas.emplace_back(area, path);
     path = "/storage/" + std::to_string(area) + "/";
 }

@@ -13,6 +13,7 @@ void ScriptedWebSocket::send(const std::string& message) {
 }
 
 void WebSocketThread::setThreader(ThreaderIfc* threader) {
+    TestPlatform::current().steps.add("socket gains a threader");
     TestPlatform::current().webSocket.threader = threader;
 }
 

@@ -26,7 +26,13 @@ TestPlatform& TestPlatform::current() {
 namespace {
 
 bool modelBeginsWith(const char* family) {
+    TestPlatform::current().steps.add("ask for model ", family);
     return TestPlatform::current().model.rfind(family, 0) == 0;
+}
+
+bool modelIs(const char* name) {
+    TestPlatform::current().steps.add("ask for model ", name);
+    return TestPlatform::current().model == name;
 }
 
 } // namespace
@@ -35,10 +41,10 @@ std::string HardwareVersion::getModelAsString() {
     return TestPlatform::current().model;
 }
 bool HardwareVersion::is_KD24() {
-    return TestPlatform::current().model == "KD24";
+    return modelIs("KD24");
 }
 bool HardwareVersion::is_KD26() {
-    return TestPlatform::current().model == "KD26";
+    return modelIs("KD26");
 }
 bool HardwareVersion::is_KD36_any() {
     return modelBeginsWith("KD36");
@@ -51,5 +57,6 @@ bool HardwareVersion::is_KL() {
 }
 
 std::string Storage::prependWithVolatileStorageLocation(const std::string& path) {
+    TestPlatform::current().steps.add("volatile storage of ", "\"" + path + "\"");
     return "/volatile/" + path;
 }

@@ -47,11 +47,14 @@ void TestThreads::detach(unsigned long id) {
     }
 }
 
-void TestThreads::waitFor(unsigned long id) {
+void TestThreads::waitFor(unsigned long id, const void* threader) {
     TestPlatform::current().steps.add("wait for ", std::to_string(id));
     waitedFor.push_back(id);
-    if (m_pending.count(id) != 0) {
-        run(id);
+    const auto pending = m_pending.find(id);
+    if (pending != m_pending.end()) {
+        if (pending->second.threader == threader) {
+            run(id);
+        }
     } else if (std::find(m_running.begin(), m_running.end(), id) != m_running.end()) {
         waitedForItself.push_back(id);
     }
@@ -105,7 +108,7 @@ void Threader::detach(unsigned long id) {
 }
 
 void Threader::waitForThreadCompletion(unsigned long id) {
-    TestPlatform::current().threads.waitFor(id);
+    TestPlatform::current().threads.waitFor(id, this);
 }
 
 void OSALSleep::secSleep(int seconds) {

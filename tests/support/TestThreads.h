@@ -42,7 +42,8 @@ public:
     // For Threader.
     unsigned long spawn(Job job);
     void detach(unsigned long id);
-    void waitFor(unsigned long id);
+    /// Ends at once for a thread that another threader made: one need not know the other's ids.
+    void waitFor(unsigned long id, const void* threader);
     void waitForAllOf(const void* threader);
 
 private:

@@ -180,8 +180,9 @@ protected:
     }
     void interfaceChanges(const std::string& value) { platform.store.change(PldsTags::INTERFACE_STATUS, value); }
 
-    /// The session context that a reconnection would present now.
+    /// The session context that a reconnection would present now. Only a running service connects.
     std::string sessionContext() {
+        EXPECT_TRUE(service->isRunning());
         ScriptedWebSocket& webSocket = platform.webSocket;
         const bool running = webSocket.running;
         const bool recovering = service->getRecoverWebSocketConnection();

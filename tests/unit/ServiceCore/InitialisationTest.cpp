@@ -1,5 +1,8 @@
 #include "TestTelephone.h"
 #include "data/ServiceDataManager.h"
+#include "threads/Threader.h"
+
+#include <sstream>
 
 namespace {
 
@@ -184,6 +187,22 @@ TEST_P(SharedLineModel, DecidesOnSharedLines) {
     EXPECT_TRUE(logged(5, std::string("init() BCA feature is allowed[") + GetParam().sharedLines + "]"));
 }
 
+TEST_F(Initialisation, AsksForTheModelsWithSharedLinesInOrder) {
+    platform.steps.begin();
+
+    initialiseOnly();
+
+    std::vector<std::string> models;
+    for (const std::string& step : platform.steps.steps()) {
+        if (step.rfind("ask for model ", 0) == 0) {
+            models.push_back(step);
+        }
+    }
+    EXPECT_EQ((std::vector<std::string>{"ask for model KD24", "ask for model KD26", "ask for model KD36",
+                                        "ask for model KD46"}),
+              models);
+}
+
 INSTANTIATE_TEST_SUITE_P(Models, SharedLineModel,
                          testing::Values(Model{"KD24", "true"}, Model{"KD26", "true"}, Model{"KD36A", "true"},
                                          Model{"KD46G", "true"}, Model{"KL1", "false"}, Model{"X", "false"}),
@@ -232,17 +251,27 @@ TEST_F(Initialisation, WithAServerRemembersItAsTheOldOne) {
 TEST_F(Initialisation, WithoutAServerLeavesTheOldValuesAlone) {
     platform.store.set(PldsTags::ORVANE_API_SERVER_ADDRESS, "");
     withCallLog();
+    withPhonebook();
 
     initialise();
 
     EXPECT_TRUE(service->hasCallLogConfigChanged());
+    EXPECT_TRUE(service->hasPhonebookConfigChanged());
 }
 
-TEST_F(Initialisation, HandsItsThreaderToTheWebSocket) {
+TEST_F(Initialisation, HandsTheThreaderThatItWasGivenToTheWebSocket) {
+    nameSemaphoresOfNextService();
+    auto owned = std::make_unique<Threader>();
+    const ThreaderIfc* threader = owned.get();
+    service = std::make_unique<OrvaneService>(new ServiceDataManager, owned.release());
+
     initialiseOnly();
 
-    EXPECT_NE(nullptr, platform.webSocket.threader);
+    EXPECT_EQ(threader, platform.webSocket.threader);
     EXPECT_FALSE(platform.log.contains("alocate thread"));
+    std::ostringstream line;
+    line << "init() m_interface_status[true] m_state[CONFIGURED_ON_INIT] m_pThreader[" << threader << "]";
+    EXPECT_TRUE(logged(6, line.str()));
 }
 
 TEST_F(Initialisation, HandsItsThreaderToTheWebSocketBeforeALoginCouldOpenOne) {
@@ -264,7 +293,11 @@ TEST_F(Initialisation, MakesAThreaderWhenItHasNone) {
     without.init(platform.context);
 
     EXPECT_TRUE(logged(6, "init() - alocate thread for WebsocketThread"));
-    EXPECT_NE(nullptr, platform.webSocket.threader);
+    ASSERT_NE(nullptr, platform.webSocket.threader);
+    std::ostringstream line;
+    line << "init() m_interface_status[true] m_state[CONFIGURED_ON_INIT] m_pThreader[" << platform.webSocket.threader
+         << "]";
+    EXPECT_TRUE(logged(6, line.str()));
 }
 
 TEST_F(Initialisation, FindsNoFunctionKeyInAStoreWithoutAny) {
@@ -296,6 +329,19 @@ TEST_F(Initialisation, LogsASecondKeyForTheSameColleague) {
 
     EXPECT_TRUE(logged(2, "init() fpkPresenceData structure for fpk[205] was not inserted into map"));
     EXPECT_TRUE(logged(6, "init() fpkPresenceData map size[1]"));
+}
+
+TEST_F(Initialisation, PassesOverAFunctionKeyThatCannotBeRead) {
+    withWatchedColleague("100", "201");
+    withWatchedColleague("101", "202");
+    platform.store.withoutValue = {PldsTags::FUNCTION_KEY_LABEL + "100"};
+
+    initialiseOnly();
+
+    EXPECT_TRUE(platform.log.hasBeginning(2, "getFpkConfiguration() failed for FPK[100]"));
+    EXPECT_FALSE(platform.log.contains("was not inserted into map"));
+    EXPECT_TRUE(logged(6, "init() fpkPresenceData map size[1]"));
+    EXPECT_TRUE(service->doesFpkPresenceDataExist("202"));
 }
 
 class Gate : public Initialisation, public testing::WithParamInterface<std::pair<std::string, std::string>> {};

@@ -55,6 +55,18 @@ TEST_F(LoginThread, MayComeAgainWhenTheFormerOneHasEnded) {
     EXPECT_TRUE(service->isRunning());
 }
 
+TEST_F(LoginThread, MayComeAgainWhenTheFormerOneEndedWhileItWasMade) {
+    platform.threads.runAtSpawn = true;
+    connectWithEmptyCloud();
+    platform.store.change(PldsTags::INTERFACE_STATUS, "down");
+    expectLogin();
+
+    platform.store.change(PldsTags::INTERFACE_STATUS, "up");
+
+    EXPECT_EQ(2u, platform.threads.spawned.size());
+    EXPECT_TRUE(service->isRunning());
+}
+
 TEST_F(LoginThread, ThatCannotBeMadeIsLoggedAndMayBeTriedAgain) {
     platform.threads.refuse = true;
     initialise();
@@ -130,7 +142,7 @@ TEST_F(LoginThread, IsRefusedByALoginThatIsOverMeanwhile) {
         2, "start() - cannot launch start(). m_interface_status[true], m_ov_server_type[true], m_state[CONNECTED]"));
 }
 
-TEST_F(LoginThread, KeepsItsFlagWhenItsStartIsRefused) {
+TEST_F(LoginThread, KeepsItsFlagAndItsIdWhenItsStartIsRefused) {
     initialise();
     platform.store.change(PldsTags::INTERFACE_STATUS, "down");
     runThreads();
@@ -141,6 +153,8 @@ TEST_F(LoginThread, KeepsItsFlagWhenItsStartIsRefused) {
 
     EXPECT_TRUE(logged(2, "asyncLogin() thread is already running!"));
     EXPECT_EQ(1u, platform.threads.spawned.size());
+    service->stop();
+    EXPECT_TRUE(logged(6, "stop() - stop async login Thread"));
 }
 
 TEST_F(LoginThread, ThatARedirectionToNowhereEndsLeavesItsFlagAndTheStateStart) {

@@ -78,6 +78,24 @@ TEST_F(Start, OpensTheChannelForDndAlone) {
     EXPECT_EQ(1u, platform.webSocket.urls.size());
 }
 
+TEST_F(Start, DecidesOnTheChannelBeforeItAsksForAToken) {
+    expectToken().whileAwaited(
+        [this] { platform.dataManager.deliver(PldsTags::ORVANE_API_SYNC_CALL_LOG, PldsTags::VALUE_TRUE); });
+    expectExtension();
+    expectGrants();
+    connect();
+    EXPECT_TRUE(platform.webSocket.urls.empty());
+    service->stop();
+
+    expectToken().whileAwaited(
+        [this] { platform.dataManager.deliver(PldsTags::ORVANE_API_SYNC_CALL_LOG, PldsTags::VALUE_FALSE); });
+    expectExtension();
+    expectGrants();
+    expectWebSocketToken();
+    service->start();
+    EXPECT_EQ(1u, platform.webSocket.urls.size());
+}
+
 TEST_F(Start, WithoutAChannelGoesOnPolling) {
     withCallLog();
     withObserver();
@@ -243,42 +261,6 @@ TEST_F(Start, ForANewUserDoesWithoutAJournal) {
     EXPECT_EQ(0, platform.journal.cleanUps);
 }
 
-TEST_F(Start, LeavesTheCallLogToARefreshThatIsRunning) {
-    withCallLog();
-    withPhonebook();
-    withObserver();
-    initialise();
-    service->refreshCallLogEntries();
-    service->refreshPhonebookEntries();
-    expectToken();
-    expectExtension();
-    expectGrants();
-    expectWebSocketToken();
-
-    platform.threads.runNext();
-
-    EXPECT_TRUE(service->isRunning());
-    expectFullCallLog();
-    expectFullPhonebook();
-    runThreads();
-}
-
-TEST_F(Start, LeavesTheCallLogToARefreshOfTheVoicemailsThatIsRunning) {
-    withCallLog();
-    withObserver();
-    initialise();
-    service->refreshVoicemailEntries();
-    expectToken();
-    expectExtension();
-    expectGrants();
-    expectWebSocketToken();
-
-    runThreads();
-
-    EXPECT_TRUE(service->isRunning());
-    EXPECT_TRUE(platform.context.running(60000).empty()) << "polling does not begin";
-}
-
 TEST_F(Start, BacksOffTheRefreshOperationsWhileItDownloads) {
     withCallLog();
     withPhonebook();
@@ -302,6 +284,46 @@ TEST_F(Start, BacksOffTheRefreshOperationsWhileItDownloads) {
     expectIncrementalPhonebook("p1", "p2");
     service->refreshPhonebookEntries();
     runThreads();
+}
+
+struct Refresh {
+    const char* name;
+    void (OrvaneService::*begin)();
+    bool leavesCallLog;
+    bool leavesPhonebook;
+};
+
+class RefreshBeforeStart : public Start, public testing::WithParamInterface<Refresh> {};
+
+INSTANTIATE_TEST_SUITE_P(Each, RefreshBeforeStart,
+                         testing::Values(Refresh{"CallLog", &OrvaneService::refreshCallLogEntries, true, false},
+                                         Refresh{"Voicemail", &OrvaneService::refreshVoicemailEntries, true, false},
+                                         Refresh{"Phonebook", &OrvaneService::refreshPhonebookEntries, false, true}),
+                         [](const testing::TestParamInfo<Refresh>& info) { return std::string(info.param.name); });
+
+TEST_P(RefreshBeforeStart, IsLeftItsOwnDataOnly) {
+    withCallLog();
+    withPhonebook();
+    withObserver();
+    initialise();
+    (service.get()->*GetParam().begin)();
+    expectToken();
+    expectExtension();
+    expectGrants();
+    if (!GetParam().leavesCallLog) {
+        expectFullCallLog();
+    }
+    if (!GetParam().leavesPhonebook) {
+        expectFullPhonebook();
+    }
+    expectWebSocketToken();
+
+    platform.threads.runNext();
+
+    EXPECT_TRUE(service->isRunning());
+    EXPECT_EQ(1u, platform.threads.pendingCount());
+    checkQuiet();
+    service->stop();
 }
 
 } // namespace

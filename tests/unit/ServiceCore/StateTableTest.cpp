@@ -367,6 +367,21 @@ TEST_P(EveryState, AForeignGroupIsRefusedAndChangesNothing) {
     EXPECT_FALSE(loginWasAdmitted());
 }
 
+TEST_P(EveryState, AStartCleansUpForANewUserInConfiguredOnly) {
+    platform.store.set(PldsTags::ORVANE_API_VIEWED_MISSED_CALL_IDS, "\"7\"");
+    reach(GetParam());
+    platform.network.answersUnexpected = [](const ScriptedNetwork::Request& request, Exchange& exchange) {
+        exchange.answers(200, CloudAnswers::answerTo(request.target));
+    };
+
+    service->start();
+
+    const int expected = is({CONFIGURED}) ? 1 : 0;
+    EXPECT_EQ(expected, platform.journal.cleanUps);
+    EXPECT_EQ(expected, platform.store.countWrites(PldsTags::ORVANE_API_VIEWED_MISSED_CALL_IDS, ""));
+    EXPECT_EQ(expected, platform.log.count(6, "start() first start for new user. cleanup"));
+}
+
 TEST_P(EveryState, AnotherServerTypeChangesNoStateByItself) {
     reach(GetParam());
 
