@@ -584,8 +584,8 @@ private:
     // ---- Presence/FunctionKeyConfiguration.cpp ----------------------------------------------------------------
 
     void functionKeyChanged(const std::string& id, const std::string& value);
-    void functionKeyGivenUp(const std::string& index, const std::string& value, const std::string& extensionId);
-    void functionKeyAdded(const std::string& index, const std::string& value, const FpkPresenceDataType& record);
+    void watchedKeyChanged(const std::string& index, const std::string& value, const std::string& extensionId);
+    void unwatchedKeyChanged(const std::string& index, const std::string& value, const FpkPresenceDataType& record);
 
     // ---- Presence/DndSync.cpp ---------------------------------------------------------------------------------
 

@@ -283,6 +283,9 @@ TEST_F(Roads, OfContactsThatAreWrittenBack) {
     liveOn();
 
     service->addNewContact("<contact><firstname>Dora</firstname></contact>");
+    platform.network.expect(HttpClientIfc::HTTP_POST, path(own("/address-book/contact")), R"({"firstName": "Emil"})")
+        .answers(403, "no");
+    service->addNewContact("<contact><firstname>Emil</firstname></contact>");
     service->updateEditedContact("<contact><id>1</id><firstname>Dora</firstname></contact>");
     service->deleteSingleContact("1");
 
@@ -340,8 +343,9 @@ TEST_F(Roads, OfWaitingMessages) {
     liveOn();
 
     service->sipVoicemailStatusProcessed("sip:4711@provider.example", "own", true);
-    service->sipVoicemailStatusProcessed("sip:900@provider.example", "line 900", true);
-    service->sipVoicemailStatusProcessed("sip:900@provider.example", "line 900", false);
+    service->sipVoicemailStatusProcessed("sip:900", "line 900", true);
+    service->sipVoicemailStatusProcessed("sip:900", "line 900", false);
+    service->sipVoicemailStatusProcessed("sip:4711@provider.example", "own", false);
 
     expectRoad("message-waiting");
 }
@@ -357,9 +361,11 @@ TEST_F(Roads, OfSharedLinesThatComeAndGo) {
 }
 
 TEST_F(Roads, OfFunctionKeys) {
+    answers["/5001/presence"] = presence("DoNotAcceptAnyCalls", 5001);
     liveOn();
 
     withWatchedColleague("101", "5002");
+    platform.store.change(PldsTags::FUNCTION_KEY_ID + "101", "59");
     platform.store.change(PldsTags::FUNCTION_KEY_ID + "101", "59");
     platform.store.change(PldsTags::FUNCTION_KEY_ID + "101", "1");
     platform.store.change(PldsTags::FUNCTION_KEY_ID + "100", "1");

@@ -68,22 +68,22 @@ void OrvaneService::functionKeyChanged(const std::string& id, const std::string&
     FpkPresenceDataType record;
     if (getFpkConfigurationFromPlds(index, record)) {
         // The record is looked up by the extension that the key names now, whichever key owns it.
-        if (!doesFpkPresenceDataExist(record.extensionId)) {
-            functionKeyAdded(index, value, record);
-        } else if (value != FPK_FUNCTION_BLF) {
-            functionKeyGivenUp(index, value, record.extensionId);
+        if (doesFpkPresenceDataExist(record.extensionId)) {
+            watchedKeyChanged(index, value, record.extensionId);
+        } else {
+            unwatchedKeyChanged(index, value, record);
         }
     }
     ORVANE_LOG(DEBUG, "manageableDataChanged() fpkPresenceData map size[%zu] - end", getFpkPresenceMapSize());
 }
 
-void OrvaneService::functionKeyGivenUp(const std::string& index, const std::string& value,
-                                       const std::string& extensionId) {
+void OrvaneService::watchedKeyChanged(const std::string& index, const std::string& value,
+                                      const std::string& extensionId) {
     bool dndActive = false;
     {
         CriticalSection presence(m_fpkPresenceMapSem);
         const auto entry = m_fpkPresenceMap.find(extensionId);
-        if (entry == m_fpkPresenceMap.end()) {
+        if (entry == m_fpkPresenceMap.end() || value == FPK_FUNCTION_BLF) {
             return;
         }
         ORVANE_LOG(DEBUG, "manageableDataChanged() - key[%s] is deleted as BLF[%s]", index.c_str(), value.c_str());
@@ -99,8 +99,8 @@ void OrvaneService::functionKeyGivenUp(const std::string& index, const std::stri
     }
 }
 
-void OrvaneService::functionKeyAdded(const std::string& index, const std::string& value,
-                                     const FpkPresenceDataType& record) {
+void OrvaneService::unwatchedKeyChanged(const std::string& index, const std::string& value,
+                                        const FpkPresenceDataType& record) {
     if (value != FPK_FUNCTION_BLF) {
         return;
     }

@@ -12,6 +12,7 @@ protected:
     static constexpr const char* carla =
         "<contact><firstname>Carla</firstname><lastname>Clay</lastname><id>7</id></contact>";
     static constexpr const char* carlaBody = "{\"firstName\": \"Carla\", \"lastName\": \"Clay\"}";
+    static constexpr const char* noText = "<contact><firstname>\xff</firstname><id>7</id></contact>";
     static constexpr const char* withoutId = "<contact><firstname>Carla</firstname></contact>";
 
     ContactWriteBack() { withPhonebook(); }
@@ -162,7 +163,7 @@ TEST_F(ContactWriteBack, AFullBookTakesNoAddAndSaysNothing) {
 TEST_F(ContactWriteBack, AFullBookDoesNotLookAtWhatIsAdded) {
     connectWithFullBook();
 
-    service->addNewContact("<contact><firstname>\xff</firstname></contact>");
+    service->addNewContact(noText);
 
     EXPECT_TRUE(logged(2, "addNewContact() - max number of contacts exceeded!"));
     EXPECT_FALSE(platform.log.contains("create contact in JSON format failed!"));
@@ -203,7 +204,7 @@ TEST_F(ContactWriteBack, AContactWithoutAnyFieldIsSentAsAnEmptyObject) {
 TEST_F(ContactWriteBack, AContactThatIsNoTextIsNotSent) {
     connectWithBook({});
 
-    service->addNewContact("<contact><firstname>\xff\xfe</firstname></contact>");
+    service->addNewContact(noText);
 
     EXPECT_TRUE(logged(2, "addNewContact() create contact in JSON format failed!")) << platform.log.text(6);
     EXPECT_TRUE(platform.network.requests.empty());
@@ -256,7 +257,7 @@ TEST_F(ContactWriteBack, AnEditWithoutAnIdIsRefusedBeforeAnyRequest) {
 TEST_F(ContactWriteBack, AnEditThatIsNoTextIsRefusedBeforeAnyRequest) {
     connectWithBook({});
 
-    service->updateEditedContact("<contact><firstname>\xff</firstname><id>7</id></contact>");
+    service->updateEditedContact(noText);
 
     EXPECT_TRUE(logged(2, "updateEditedContact() create contact in JSON format failed or empty id!"));
     EXPECT_TRUE(platform.network.requests.empty());
@@ -330,29 +331,31 @@ TEST_F(ContactWriteBack, WithThePhonebookOffOnlyTheFirstLineIsLogged) {
     connectWithEmptyCloud();
     forgetRecords();
 
-    service->addNewContact("a");
-    service->updateEditedContact("b");
+    service->addNewContact(noText);
+    service->updateEditedContact(noText);
     service->deleteSingleContact("c");
 
     ASSERT_EQ(3u, platform.log.lines().size());
-    EXPECT_TRUE(logged(4, "addNewContact(a) - isRunnnig[true], m_sync_phonebook[false]"));
-    EXPECT_TRUE(logged(4, "updateEditedContact(b) - isRunnnig[true], m_sync_phonebook[false]"));
+    EXPECT_TRUE(logged(4, "addNewContact(" + std::string(noText) + ") - isRunnnig[true], m_sync_phonebook[false]"));
+    EXPECT_TRUE(
+        logged(4, "updateEditedContact(" + std::string(noText) + ") - isRunnnig[true], m_sync_phonebook[false]"));
     EXPECT_TRUE(logged(4, "deleteSingleContact(c) - isRunnnig[true], m_sync_phonebook[false]"));
     EXPECT_TRUE(observer.events.empty());
 }
 
 TEST_F(ContactWriteBack, AServiceThatIsNotRunningSendsNothing) {
-    connectWithBook({});
+    connectWithFullBook();
     service->stop();
     forgetRecords();
 
-    service->addNewContact("a");
-    service->updateEditedContact("b");
+    service->addNewContact(noText);
+    service->updateEditedContact(noText);
     service->deleteSingleContact("c");
 
     ASSERT_EQ(3u, platform.log.lines().size());
-    EXPECT_TRUE(logged(4, "addNewContact(a) - isRunnnig[false], m_sync_phonebook[true]"));
-    EXPECT_TRUE(logged(4, "updateEditedContact(b) - isRunnnig[false], m_sync_phonebook[true]"));
+    EXPECT_TRUE(logged(4, "addNewContact(" + std::string(noText) + ") - isRunnnig[false], m_sync_phonebook[true]"));
+    EXPECT_TRUE(
+        logged(4, "updateEditedContact(" + std::string(noText) + ") - isRunnnig[false], m_sync_phonebook[true]"));
     EXPECT_TRUE(logged(4, "deleteSingleContact(c) - isRunnnig[false], m_sync_phonebook[true]"));
     EXPECT_TRUE(observer.events.empty());
 }

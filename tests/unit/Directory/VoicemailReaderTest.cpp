@@ -27,6 +27,17 @@ protected:
         return newest;
     }
 
+    /// One line for each message, whatever came of it.
+    std::size_t messageLines() const {
+        const std::string text = platform.log.text(6);
+        const std::string beginning = "handleVoicemailRecord() ";
+        std::size_t count = 0;
+        for (std::size_t at = text.find(beginning); at != std::string::npos; at = text.find(beginning, at + 1)) {
+            ++count;
+        }
+        return count;
+    }
+
     Voicemail summary;
 };
 
@@ -75,6 +86,7 @@ TEST_F(VoicemailReader, UnreadMessagesAreCountedAndTheNewestDescribesTheLine) {
 TEST_F(VoicemailReader, EmptyElementsAndRecordsThatFailArePassedOver) {
     EXPECT_TRUE(readRecords("null," + message("Read", "2026-01-09", "Read", "9") + "," + unread("2026-01-01")));
 
+    EXPECT_EQ(2u, messageLines());
     EXPECT_EQ(1, summary.unreadVoicemailMessageCount);
     EXPECT_EQ("2026-01-01", summary.latestTimestamp);
 }
@@ -86,6 +98,8 @@ TEST_F(VoicemailReader, ReadMessagesDoNotCount) {
 
     EXPECT_EQ(0, summary.unreadVoicemailMessageCount);
     EXPECT_EQ("", summary.latestTimestamp);
+    EXPECT_EQ(3, platform.log.count(6, "handleVoicemailRecord() unreadVoicemailMessageCount[0], latestMsg[] name[] "
+                                       "phoneNumber[]"));
 }
 
 TEST_F(VoicemailReader, AMessageCountsBeforeAnythingElseCanFail) {
@@ -103,6 +117,7 @@ TEST_F(VoicemailReader, AnOlderOrEquallyOldMessageOnlyCounts) {
     EXPECT_EQ(3, summary.unreadVoicemailMessageCount);
     EXPECT_EQ("Newer", summary.name);
     EXPECT_EQ("2", summary.number);
+    EXPECT_EQ(3u, messageLines());
 }
 
 TEST_F(VoicemailReader, WithoutARecipientOnlyTheTimestampIsStored) {
@@ -115,6 +130,7 @@ TEST_F(VoicemailReader, WithoutARecipientOnlyTheTimestampIsStored) {
 
     EXPECT_EQ("", summary.number);
     EXPECT_EQ("", summary.name);
+    EXPECT_EQ(3u, messageLines());
 }
 
 TEST_F(VoicemailReader, ARecipientWithoutNumberAndNameEmptiesBoth) {

@@ -38,9 +38,10 @@ protected:
         ready.phoneNumber = number;
         ASSERT_TRUE(service->replaceBcaLineInList(ready));
     }
-    void setCount(const std::string& id, int count) {
+    void setCount(const std::string& id, int count, const std::string& latestTimestamp = std::string()) {
         BcaLineType changed = line(id);
         changed.voicemail.unreadVoicemailMessageCount = count;
+        changed.voicemail.latestTimestamp = latestTimestamp;
         ASSERT_TRUE(service->replaceBcaLineInList(changed));
     }
     std::map<std::string, Voicemail> lastMap() {
@@ -51,6 +52,11 @@ protected:
         }
         return events.back().voicemail;
     }
+    void expectOneLine(int level, const std::string& text) {
+        ASSERT_EQ(1u, platform.log.lines().size());
+        EXPECT_EQ(level, platform.log.lines()[0].level);
+        EXPECT_EQ(text, platform.log.lines()[0].text);
+    }
     std::string countItem() const { return platform.store.get("missed-logg-count"); }
 };
 
@@ -59,13 +65,18 @@ protected:
 // ---- The message-waiting indication ------------------------------------------------------------------------------
 
 TEST_F(VoicemailSummary, AServiceThatIsNotRunningRefuses) {
+    platform.model = "KL50";
     initialise();
+    service->subscribe(&observer);
     platform.log.clear();
 
     EXPECT_FALSE(service->sipVoicemailStatusProcessed("+491", "Own", true));
 
-    EXPECT_TRUE(logged(6, "sipVoicemailStatusProcessed - service is not running - state: 1"));
+    expectOneLine(6, "sipVoicemailStatusProcessed - service is not running - state: 1");
     EXPECT_EQ("", countItem());
+    EXPECT_TRUE(observer.events.empty());
+    service->publishVoicemailData();
+    EXPECT_TRUE(lastMap().empty()) << "what was refused is not kept either";
     expectLogin();
     runThreads();
 }
@@ -77,9 +88,11 @@ TEST_F(VoicemailSummary, ModelsOfTheKlFamilyRefuse) {
 
     EXPECT_FALSE(service->sipVoicemailStatusProcessed("+491", "Own", true));
 
-    EXPECT_TRUE(logged(6, "sipVoicemailStatusProcessed - not processed for KL phones"));
+    expectOneLine(6, "sipVoicemailStatusProcessed - not processed for KL phones");
     EXPECT_TRUE(observer.events.empty());
     EXPECT_TRUE(platform.store.writes.empty());
+    service->publishVoicemailData();
+    EXPECT_TRUE(lastMap().empty()) << "what was refused is not kept either";
 }
 
 TEST_F(VoicemailSummary, MessagesOnTheUsersOwnLineAreUnknownInNumber) {
@@ -204,14 +217,15 @@ TEST_F(VoicemailSummary, KnownCountsAreAddedUp) {
     connectWithLines({{"201", "A"}, {"202", "B"}});
     makeReady("201", "+49201");
     makeReady("202", "+49202");
-    setCount("201", 2);
+    setCount("201", 2, "2026-01-02");
     setCount("202", 3);
 
     service->publishVoicemailData();
 
     EXPECT_EQ("5", countItem());
     EXPECT_EQ(2u, lastMap().size());
-    EXPECT_TRUE(logged(6, "publishVoicemailData() - name[A], number[+49201], latestTimestamp[], "
+    EXPECT_EQ("2026-01-02", lastMap().at("201").latestTimestamp);
+    EXPECT_TRUE(logged(6, "publishVoicemailData() - name[A], number[+49201], latestTimestamp[2026-01-02], "
                           "unreadVoicemailMessageCount[2]"));
     EXPECT_TRUE(logged(6, "publishVoicemailData() - total amount of voicemails[5], number of phone lines with "
                           "voicemails[2]"));

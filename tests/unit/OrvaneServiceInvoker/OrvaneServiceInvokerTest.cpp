@@ -81,14 +81,17 @@ TEST_F(RemoteCall, BeforeInitInvokerThereIsNoAdapter) {
     EXPECT_TRUE(logged(refusal(&service, nullptr)));
 }
 
-TEST_F(RemoteCall, AFrameworkThatKnowsNothingGivesNoAdapter) {
+TEST_F(RemoteCall, AFrameworkThatKnowsNothingGivesNoAdapterAndNoProxy) {
     FrameworkContext plain;
     invoker->initInvoker(&plain);
+    std::string interfaceName = "OrvaneServiceObserverIfc";
+    std::string subscriber = "subscriber";
 
     call("isRunning");
 
     expectNoReply();
     EXPECT_TRUE(logged(refusal(&service, nullptr)));
+    EXPECT_EQ(nullptr, plain.findProxy(interfaceName, subscriber));
 }
 
 TEST_F(RemoteCall, LinesAreBuiltOnlyWhenTheyAreWanted) {

@@ -20,6 +20,12 @@ protected:
     void changeKey(const std::string& index, const std::string& function) {
         platform.store.change(PldsTags::FUNCTION_KEY_ID + index, function);
     }
+    /// Reports a type, whatever the store has.
+    void reportKey(const std::string& index, const std::string& function) {
+        ManageableData data;
+        data.populate(PldsTags::FUNCTION_KEY_ID + index, PldsTags::FUNCTION_KEY_ID + index, function);
+        service->manageableDataChanged(data);
+    }
     void pointKey(const std::string& index, const std::string& extensionId) {
         platform.store.set(PldsTags::BLF_DEST + index, "blf" + extensionId);
     }
@@ -283,13 +289,57 @@ TEST_F(FunctionKeyConfiguration, AKeyBeyondTheTableIsTakenWhenItsItemIsReported)
     connectWith("TakeAllCalls");
     pointKey("9999", "11");
     platform.store.set(PldsTags::FUNCTION_KEY_ID + "9999", "59");
-    ManageableData data;
-    data.populate(PldsTags::FUNCTION_KEY_ID + "9999", PldsTags::FUNCTION_KEY_ID + "9999", "59");
     expectColleaguePresence("11");
 
-    service->manageableDataChanged(data);
+    reportKey("9999", "59");
 
     EXPECT_TRUE(service->doesFpkPresenceDataExist("11"));
+}
+
+TEST_F(FunctionKeyConfiguration, TheIndexOfAChangedKeyIsAllThatStandsBehindTheTag) {
+    connectWith("TakeAllCalls");
+
+    reportKey("1-2", "1");
+
+    EXPECT_EQ((std::vector<std::string>{PldsTags::FUNCTION_KEY_ID + "1-2", PldsTags::FUNCTION_KEY_LABEL + "1-2",
+                                        PldsTags::BLF_DEST + "1-2"}),
+              platform.store.reads.back());
+}
+
+TEST_F(FunctionKeyConfiguration, TheReportedTypeCountsNotTheStoredOne) {
+    withWatchedColleague("100", "11");
+    connectWith("TakeAllCalls", {{"11", "TakeAllCalls"}});
+    withWatchedColleague("101", "22");
+    pointKey("102", "33");
+    platform.store.set(PldsTags::FUNCTION_KEY_ID + "102", "1");
+    expectColleaguePresence("33");
+
+    reportKey("101", "1");
+    reportKey("102", "59");
+    reportKey("102", "59");
+    reportKey("100", "1");
+
+    EXPECT_FALSE(service->doesFpkPresenceDataExist("22"));
+    EXPECT_TRUE(service->doesFpkPresenceDataExist("33"));
+    EXPECT_FALSE(service->doesFpkPresenceDataExist("11"));
+}
+
+TEST_F(FunctionKeyConfiguration, AKeyWithoutAllItsItemsIsNotWatched) {
+    withWatchedColleague("100", "11");
+    withWatchedColleague("101", "22");
+    platform.store.withoutValue = {PldsTags::FUNCTION_KEY_LABEL + "100", PldsTags::BLF_DEST + "101"};
+    connectWith("TakeAllCalls");
+    EXPECT_TRUE(service->isFpkPresenceMapEmpty());
+
+    changeKey("100", "59");
+    changeKey("101", "59");
+
+    EXPECT_TRUE(service->isFpkPresenceMapEmpty());
+    EXPECT_TRUE(platform.network.requests.empty());
+    EXPECT_TRUE(logged(2, "getFpkConfiguration() failed for FPK[100] - fpkFunction[59], keyLabel[], "
+                          "blfMonitoredPhoneUri[]"));
+    EXPECT_TRUE(logged(2, "getFpkConfiguration() failed for FPK[101] - fpkFunction[59], keyLabel[Colleague], "
+                          "blfMonitoredPhoneUri[]"));
 }
 
 // ---- A key is given up -------------------------------------------------------------------------------------------

@@ -151,6 +151,15 @@ TEST_F(FunctionKeyPresence, AnAnswerAboutSomebodyElseChangesNothing) {
     EXPECT_TRUE(lamps().empty());
 }
 
+TEST_F(FunctionKeyPresence, AnAnswerAboutSomebodyElseIsReadNoFurther) {
+    withWatchedColleague("100", "11");
+    connectWith("TakeAllCalls", {{"11", "TakeAllCalls"}});
+
+    EXPECT_FALSE(handleColleague(200, R"({"extension":{"id":99}})"));
+
+    EXPECT_EQ("handleServerDndStatusResponse() fpk for extensionId[99] is not found!\n", platform.log.text(2));
+}
+
 TEST_F(FunctionKeyPresence, AnswersThatCannotBeUsedAreReported) {
     withWatchedColleague("100", "11");
     connectWith("TakeAllCalls", {{"11", "DoNotAcceptAnyCalls"}});
