@@ -16,6 +16,31 @@ constexpr int maxRequestCount = 3;          ///< follow-ups of one logical reque
 constexpr unsigned maxRetryAfterSeconds = 30;
 constexpr int connectionOptions[] = {36, 37};
 
+bool mayFollowRedirection(const std::string& location, int requestCount) {
+    if (requestCount == maxRequestCount) {
+        ORVANE_LOG(ERROR, "connectionHandler() too many redirects");
+        return false;
+    }
+    ORVANE_LOG(STATUS, "connectionHandler() requestCount[%d] redirectionUrl[%s]", requestCount + 1, location.c_str());
+    return true;
+}
+
+/// Returns when the wait that the cloud asks for is over; false, at once, when there is to be no further request.
+bool waitForRetry(int retryAfterSeconds, int requestCount) {
+    // Unsigned: a value that could not be read, -1, is too high as well.
+    if (static_cast<unsigned>(retryAfterSeconds) > maxRetryAfterSeconds) {
+        ORVANE_LOG(ERROR, "connectionHandler() retry-after value is too high [%d]", retryAfterSeconds);
+        return false;
+    }
+    if (requestCount == maxRequestCount) {
+        ORVANE_LOG(ERROR, "connectionHandler() too many requests");
+        return false;
+    }
+    ORVANE_LOG(STATUS, "connectionHandler() requestCount[%d] retryAfter[%d]", requestCount + 1, retryAfterSeconds);
+    OSALSleep::secSleep(retryAfterSeconds);
+    return true;
+}
+
 } // namespace
 
 bool OrvaneService::sendRequest(const std::string& path, HttpClientIfc::HTTPMETHOD method, RestAnswer& answer,
@@ -50,40 +75,24 @@ bool OrvaneService::connectionHandler(const std::string& path, std::string body,
     }
 
     // Neither the sleep nor the follow-up request holds m_connectionSem: the follow-up takes it itself.
-    switch (static_cast<int>(statusCode)) {
-    case 200:
-    case 201:
-    case 204:
-    case 304:
-    case 404:
+    switch (statusCode) {
+    case HttpClientIfc::STATUS_OK:
+    case HttpClientIfc::STATUS_CREATED:
+    case HttpClientIfc::STATUS_NO_CONTENT:
+    case HttpClientIfc::STATUS_NOT_MODIFIED:
+    case HttpClientIfc::STATUS_NOT_FOUND:
         return true;
-    case 301:
-    case 302:
-    case 307:
-        if (requestCount == maxRequestCount) {
-            ORVANE_LOG(ERROR, "connectionHandler() too many redirects");
-            return false;
-        }
-        ORVANE_LOG(STATUS, "connectionHandler() requestCount[%d] redirectionUrl[%s]", requestCount + 1,
-                   followUp.location.c_str());
-        return connectionHandler(OrvaneServiceHelper::getRedirectionPath(followUp.location), body, method, responseData,
+    case HttpClientIfc::STATUS_MOVED_PERMANENTLY:
+    case HttpClientIfc::STATUS_FOUND:
+    case HttpClientIfc::STATUS_TEMPORARY_REDIRECT:
+        return mayFollowRedirection(followUp.location, requestCount) &&
+               connectionHandler(OrvaneServiceHelper::getRedirectionPath(followUp.location), body, method, responseData,
                                  requestHeaders, responseHeaders, statusCode, followUp.location, requestCount + 1);
-    case 429:
-        // Unsigned: a value that could not be read, -1, is too high as well.
-        if (static_cast<unsigned>(followUp.retryAfterSeconds) > maxRetryAfterSeconds) {
-            ORVANE_LOG(ERROR, "connectionHandler() retry-after value is too high [%d]", followUp.retryAfterSeconds);
-            return false;
-        }
-        if (requestCount == maxRequestCount) {
-            ORVANE_LOG(ERROR, "connectionHandler() too many requests");
-            return false;
-        }
-        ORVANE_LOG(STATUS, "connectionHandler() requestCount[%d] retryAfter[%d]", requestCount + 1,
-                   followUp.retryAfterSeconds);
-        OSALSleep::secSleep(followUp.retryAfterSeconds);
-        return connectionHandler(path, body, method, responseData, requestHeaders, responseHeaders, statusCode,
+    case HttpClientIfc::STATUS_TOO_MANY_REQUESTS:
+        return waitForRetry(followUp.retryAfterSeconds, requestCount) &&
+               connectionHandler(path, body, method, responseData, requestHeaders, responseHeaders, statusCode,
                                  followUp.location, requestCount + 1);
-    default:
+    default: // any code may occur, those without a name too
         ORVANE_LOG(DEBUG, "connectionHandler() unexpected response\n%s\n", responseData.c_str());
         return false;
     }
