@@ -41,7 +41,7 @@ void OrvaneService::applyConfigurationGroup() {
         ORVANE_LOG(DEBUG, "validateGroupAndSetData() deconfigured after mobility");
         m_state = DECONFIGURED;
     } else if (!m_server.empty() && m_state != START && m_state != CONNECTED) {
-        const bool waitsForMobility = (m_state & ~8) == CONFIGURED_MOBILITY_WAITING;
+        const bool waitsForMobility = m_state == STOP_ON_MOBILITY || m_state == CONFIGURED_MOBILITY_WAITING;
         m_state = waitsForMobility ? CONFIGURED_MOBILITY_WAITING : CONFIGURED;
     }
     fireInformUserEvent("", OrvaneServiceTypes::USER_MSG_NONE);
