@@ -1,9 +1,11 @@
 #pragma once
 
+#include "Json.h"
 #include "OrvaneEventList.h"
 #include "OrvaneService/BcaLineType.h"
 #include "OrvaneService/FpkPresenceDataType.h"
 #include "OrvaneService/WorkerThread.h"
+#include "OrvaneServiceHelper/OrvaneServiceHelper.h"
 #include "OrvaneServiceIfc.h"
 #include "OrvaneServiceObserverIfc.h"
 #include "OrvaneServiceTypes.h"
@@ -497,12 +499,14 @@ private:
     // ---- EventChannel/EventSubscription.cpp -------------------------------------------------------------------
 
     enum class SubscriptionRequest { CREATE, UPDATE };
-    /// The "eventFilters" array, whose filters are stored as subscribed; the caller owns it.
-    json_t* buildEventFilters(SubscriptionRequest request);
+    /// Whose reply is awaited on the channel; CHANGE is a create, an update or a cancel.
+    enum class RequestInFlight : int { NONE = 0, CHANGE = 1, RENEWAL = 2 };
+    /// The "eventFilters" array, whose filters are stored as subscribed.
+    OrvaneJson::Value buildEventFilters(SubscriptionRequest request);
     bool addEventFilter(json_t* filters, const std::string& filter, const std::string& extensionId);
-    /// Takes over `body`. `failureMessage` is logged when the frame cannot be built.
-    bool sendClientRequest(const std::string& messageId, int method, const std::string& path, json_t* body,
-                           int requestInFlight, const char* failureMessage);
+    /// `failureMessage` is logged when the frame cannot be built, as it is without a body.
+    bool sendClientRequest(const std::string& messageId, OrvaneServiceHelper::METHOD method, const std::string& path,
+                           OrvaneJson::Value body, RequestInFlight requestInFlight, const char* failureMessage);
 
     // ---- EventChannel/SubscriptionReply.cpp -------------------------------------------------------------------
 
@@ -710,7 +714,7 @@ private:
     std::deque<std::string> m_recoveryBuffer;
     bool m_heartbeatPending = false;
 
-    int m_subscriptionRequestInFlight = 0; ///< 0 none, 1 subscribe, update or cancel, 2 refresh
+    RequestInFlight m_subscriptionRequestInFlight = RequestInFlight::NONE;
     std::string m_subscriptionOvEventsCreationTime;
     std::string m_subscriptionId;
     std::string m_subscriptionOvStatus;

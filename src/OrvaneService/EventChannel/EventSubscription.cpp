@@ -12,21 +12,18 @@ namespace {
 
 const std::string subscriptionPath = "/restapi/v1.0/subscription";
 
-constexpr int changeInFlight = 1;
-constexpr int renewalInFlight = 2;
-
-/// The body of a create or update request; takes over the filters. Null when it could not be made.
-json_t* subscriptionBody(json_t* filters) {
-    json_error_t error;
-    return json_pack_ex(&error, 0, "{s:o,s:{s:s}}", OV_EVENT_FILTERS, filters, "deliveryMode", "transportType",
-                        "WebSocket");
+/// The body of a create or update request. Null when it could not be made.
+OrvaneJson::Value subscriptionBody(OrvaneJson::Value filters) {
+    // The library takes over the filters, even when it fails.
+    return OrvaneJson::Value(json_pack_ex(nullptr, 0, "{s:o,s:{s:s}}", OV_EVENT_FILTERS, filters.release(),
+                                          "deliveryMode", "transportType", "WebSocket"));
 }
 
 } // namespace
 
 bool OrvaneService::subscribeOvEvents() {
     std::string messageId;
-    json_t* filters = nullptr;
+    OrvaneJson::Value filters;
     {
         CriticalSection dnd(m_dndSem);
         if (!m_sync_callLog && !m_sync_dnd) {
@@ -39,8 +36,9 @@ bool OrvaneService::subscribeOvEvents() {
         }
         filters = buildEventFilters(SubscriptionRequest::CREATE);
     }
-    return sendClientRequest(messageId, OrvaneServiceHelper::POST, subscriptionPath, subscriptionBody(filters),
-                             changeInFlight, "subscribeOvEvents() - create Client Request message failed!");
+    return sendClientRequest(messageId, OrvaneServiceHelper::POST, subscriptionPath,
+                             subscriptionBody(std::move(filters)), RequestInFlight::CHANGE,
+                             "subscribeOvEvents() - create Client Request message failed!");
 }
 
 bool OrvaneService::updateSubscriptionOvEvents() {
@@ -58,9 +56,9 @@ bool OrvaneService::updateSubscriptionOvEvents() {
         return false;
     }
     // What is subscribed already stays in the list; the reply removes what the server no longer confirms.
-    json_t* filters = buildEventFilters(SubscriptionRequest::UPDATE);
+    OrvaneJson::Value filters = buildEventFilters(SubscriptionRequest::UPDATE);
     return sendClientRequest(messageId, OrvaneServiceHelper::PUT, subscriptionPath + "/" + getSubscriptionId(),
-                             subscriptionBody(filters), changeInFlight,
+                             subscriptionBody(std::move(filters)), RequestInFlight::CHANGE,
                              "updateSubscriptionOvEvents() - create Client Request message failed!");
 }
 
@@ -71,8 +69,8 @@ bool OrvaneService::refreshOvEventsSubscription() {
         return false;
     }
     return sendClientRequest(messageId, OrvaneServiceHelper::POST,
-                             subscriptionPath + "/" + getSubscriptionId() + "/renew", json_object(), renewalInFlight,
-                             "refreshOvEventsSubscription() -  create message failed!");
+                             subscriptionPath + "/" + getSubscriptionId() + "/renew", OrvaneJson::Value(json_object()),
+                             RequestInFlight::RENEWAL, "refreshOvEventsSubscription() -  create message failed!");
 }
 
 bool OrvaneService::cancelSubscriptionOvEvents() {
@@ -85,13 +83,14 @@ bool OrvaneService::cancelSubscriptionOvEvents() {
         return false;
     }
     return sendClientRequest(messageId, OrvaneServiceHelper::DELETE, subscriptionPath + "/" + getSubscriptionId(),
-                             json_object(), changeInFlight,
+                             OrvaneJson::Value(json_object()), RequestInFlight::CHANGE,
                              "cancelSubscribtionOvEvents() - create Client Request message failed!");
 }
 
-json_t* OrvaneService::buildEventFilters(SubscriptionRequest request) {
+OrvaneJson::Value OrvaneService::buildEventFilters(SubscriptionRequest request) {
     const std::string ownExtension = OV_EXTENSION_PATH + "~/";
-    json_t* filters = json_array();
+    OrvaneJson::Value ownedFilters(json_array());
+    json_t* filters = ownedFilters.get();
     if (m_sync_callLog) {
         const std::string presence = ownExtension + OV_EVENT_PRESENCE;
         if (addEventFilter(filters, presence, m_szUserId)) {
@@ -116,7 +115,7 @@ json_t* OrvaneService::buildEventFilters(SubscriptionRequest request) {
             }
         }
     }
-    return filters;
+    return ownedFilters;
 }
 
 bool OrvaneService::addEventFilter(json_t* filters, const std::string& filter, const std::string& extensionId) {
@@ -127,16 +126,15 @@ bool OrvaneService::addEventFilter(json_t* filters, const std::string& filter, c
     return true;
 }
 
-bool OrvaneService::sendClientRequest(const std::string& messageId, int method, const std::string& path, json_t* body,
-                                      int requestInFlight, const char* failureMessage) {
+bool OrvaneService::sendClientRequest(const std::string& messageId, OrvaneServiceHelper::METHOD method,
+                                      const std::string& path, OrvaneJson::Value body, RequestInFlight requestInFlight,
+                                      const char* failureMessage) {
     const OrvaneJson::Value frame(json_array());
-    OrvaneJson::Value ownedBody(body);
     json_t* message = frame.get();
     std::string text;
-    if (body != nullptr && OrvaneServiceHelper::createClientRequestMsg(
-                               messageId, static_cast<OrvaneServiceHelper::METHOD>(method), path,
-                               OrvaneServiceHelper::Multimap(), OrvaneServiceHelper::Multimap(), body, &message)) {
-        static_cast<void>(ownedBody.release());
+    if (body && OrvaneServiceHelper::createClientRequestMsg(messageId, method, path, OrvaneServiceHelper::Multimap(),
+                                                            OrvaneServiceHelper::Multimap(), body.get(), &message)) {
+        static_cast<void>(body.release());
         text = OrvaneJson::dump(message);
     }
     if (text.empty()) {

@@ -21,7 +21,7 @@ bool OrvaneService::handleMsgClientRequest(json_t* metadata, json_t* data) {
     SubscriptionReply reply;
     // The reply to a cancel has no data, that to a refused request an error object.
     if (data == nullptr || !readSubscriptionReply(data, reply)) {
-        m_subscriptionRequestInFlight = 0;
+        m_subscriptionRequestInFlight = RequestInFlight::NONE;
         return false;
     }
     ORVANE_LOG(DETAIL,
@@ -31,7 +31,7 @@ bool OrvaneService::handleMsgClientRequest(json_t* metadata, json_t* data) {
                m_subscriptionOvStatus.c_str(), reply.status.c_str(), reply.expirationTime.c_str(),
                reply.expiresInSeconds);
     const std::string subscriptionId = getSubscriptionId();
-    if (m_subscriptionRequestInFlight == 2 && reply.id != subscriptionId) {
+    if (m_subscriptionRequestInFlight == RequestInFlight::RENEWAL && reply.id != subscriptionId) {
         ORVANE_LOG(ERROR,
                    "handleMsgClientRequest() - subscription OV events renew and ID of subscription is not equeal "
                    "old(%s), new(%s). Message is not processed!",
@@ -41,14 +41,14 @@ bool OrvaneService::handleMsgClientRequest(json_t* metadata, json_t* data) {
     takeConfirmedEvents(reply);
     // A renewal that keeps the subscription's creation time ends here, and its timer is not started again.
     if (m_subscriptionOvEventsCreationTime >= reply.creationTime) {
-        m_subscriptionRequestInFlight = 0;
+        m_subscriptionRequestInFlight = RequestInFlight::NONE;
         return true;
     }
     setSusbcriptionId(reply.id);
     m_subscriptionOvEventsCreationTime = reply.creationTime;
     renewSubscriptionTimer(reply);
     m_subscriptionOvStatus = reply.status;
-    m_subscriptionRequestInFlight = 0;
+    m_subscriptionRequestInFlight = RequestInFlight::NONE;
     return true;
 }
 
