@@ -579,6 +579,7 @@ private:
     // ---- Directory/Phonebook.cpp ------------------------------------------------------------------------------
 
     void downloadPhonebookPages(std::string url, Records& records, bool& publishData);
+    bool isPhonebookFull() const;
     bool storePhonebookSyncToken(json_t* root, int& nextPageId, bool& anotherPage);
 
     // ---- Presence/FunctionKeyPresence.cpp ---------------------------------------------------------------------

@@ -12,13 +12,12 @@ using namespace OrvaneServiceStrings;
 
 namespace {
 
-const std::string unknownNumber = "Caller.Unknown.XXX";
 const std::string unknownName = "Unknown.Name";
 
 const std::string unknownType = "Unknown";
 const std::string received = "Received";
 const std::string missed = "Missed";
-const std::string dialled = "Dialled";
+const std::string dialled = OrvaneServiceHelper::DIALLED;
 
 constexpr std::array<std::string_view, 8> missedResults = {"Missed",  "Busy",    "Rejected",         "No Answer",
                                                            "Hang Up", "Blocked", "IP Phone Offline", "Voicemail"};
@@ -77,6 +76,18 @@ void readInbound(json_t*& record, const CallDetails& details, bool isBcaLine, st
     readParties(record, OV_FROM, OV_TO, isBcaLine, view);
 }
 
+/// False for a call that was stopped on its way out: it does not count.
+bool readOutbound(json_t*& record, const CallDetails& details, bool isBcaLine, CallView& view) {
+    if (details.result == "Stopped") {
+        ORVANE_LOG(ERROR, "getCallLogRecordFromObject() - ignore record with 'Stopped' reason: [%s]",
+                   OrvaneJson::dump(record).c_str());
+        return false;
+    }
+    view.callType = &dialled;
+    readParties(record, OV_TO, OV_FROM, isBcaLine, view);
+    return true;
+}
+
 void writeRecord(std::string& recordString, std::initializer_list<const std::string*> fields) {
     std::size_t length = 2;
     for (const std::string* field : fields) {
@@ -121,20 +132,16 @@ bool OrvaneServiceHelper::getCallLogRecordFromObject(std::string& recordString, 
 
     CallView view;
     if (details.direction == "Outbound") {
-        if (details.result == "Stopped") {
-            ORVANE_LOG(ERROR, "getCallLogRecordFromObject() - ignore record with 'Stopped' reason: [%s]",
-                       OrvaneJson::dump(record).c_str());
+        if (!readOutbound(record, details, isBcaLine, view)) {
             callType = unknownType;
-            number = unknownNumber;
+            number = UNKNOWN_NUMBER;
             return false;
         }
-        view.callType = &dialled;
-        readParties(record, OV_TO, OV_FROM, isBcaLine, view);
     } else if (details.direction == "Inbound") {
         readInbound(record, details, isBcaLine, missedIds, view);
     }
     if (!view.hasOtherParty) {
-        view.number = unknownNumber;
+        view.number = UNKNOWN_NUMBER;
     }
     const std::string& name = view.name.empty() ? unknownName : view.name;
     const std::string& lineTag = view.lineTag.empty() ? unknownName : view.lineTag;

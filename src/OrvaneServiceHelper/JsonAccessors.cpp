@@ -111,7 +111,7 @@ std::string OrvaneServiceHelper::getNameFromInfoObject(json_t*& info) {
 std::string OrvaneServiceHelper::getNumberFromInfoObject(json_t*& info) {
     std::string number;
     if (!getStringFromJson(info, number, OV_PHONE_NUMBER) && !getStringFromJson(info, number, OV_EXTENSION_NUMBER)) {
-        number = "Caller.Unknown.XXX";
+        number = UNKNOWN_NUMBER;
     }
     return number;
 }

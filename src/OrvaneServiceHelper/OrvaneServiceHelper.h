@@ -21,6 +21,10 @@ public:
 
     using Multimap = std::multimap<std::string, std::string>;
 
+    /// Kind and number in the text form of a call record.
+    static constexpr const char* DIALLED = "Dialled";
+    static constexpr const char* UNKNOWN_NUMBER = "Caller.Unknown.XXX";
+
     // ---- JsonAccessors.cpp ------------------------------------------------------------------------------------
 
     static bool getStringFromJson(json_t*& object, std::string& out, const char* key);
@@ -32,7 +36,7 @@ public:
     static bool getArrayFromJson(json_t*& object, json_t*& out, const char* key);
 
     static std::string getNameFromInfoObject(json_t*& info);
-    /// "Caller.Unknown.XXX" when the party has no number.
+    /// UNKNOWN_NUMBER when the party has none.
     static std::string getNumberFromInfoObject(json_t*& info);
 
     static bool addValueToJsonObject(json_t** object, const std::string& key, const std::string& value);

@@ -106,7 +106,7 @@ void OrvaneService::mergeCallRecord(const std::string& id, const std::string& re
 
 void OrvaneService::storeLastDialledNumber(const std::string& callType, const std::string& number, bool deleted,
                                            bool& open) {
-    if (open && !deleted && callType == "Dialled" && number != "Caller.Unknown.XXX") {
+    if (open && !deleted && callType == OrvaneServiceHelper::DIALLED && number != OrvaneServiceHelper::UNKNOWN_NUMBER) {
         setPLDSValue(PldsTags::LAST_DIALLED_NUMBER, number);
         open = false;
     }

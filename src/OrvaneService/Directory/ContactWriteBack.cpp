@@ -6,19 +6,13 @@
 
 using namespace OrvaneServiceStrings;
 
-namespace {
-
-constexpr std::size_t lastRoomyPhonebookSize = 249;
-
-} // namespace
-
 void OrvaneService::addNewContact(const std::string& xmlData) {
     ORVANE_LOG(STATUS, "addNewContact(%s) - isRunnnig[%s], m_sync_phonebook[%s]", xmlData.c_str(),
                OrvaneLog::text(isRunning()), OrvaneLog::text(m_sync_phonebook));
     if (!isRunning() || !m_sync_phonebook) {
         return;
     }
-    if (m_phonebookMap.size() > lastRoomyPhonebookSize) {
+    if (isPhonebookFull()) {
         ORVANE_LOG(ERROR, "addNewContact() - max number of contacts exceeded!");
         return;
     }

@@ -10,8 +10,7 @@ using namespace OrvaneServiceStrings;
 
 namespace {
 
-/// The book is full when it holds more than this; tested between pages, so a page may carry it further.
-constexpr std::size_t lastRoomyPhonebookSize = 249;
+constexpr std::size_t phonebookCapacity = 250;
 
 } // namespace
 
@@ -53,7 +52,8 @@ void OrvaneService::getPhonebook() {
 void OrvaneService::downloadPhonebookPages(std::string url, Records& records, bool& publishData) {
     int pageId = 0;
     bool anotherPage = true;
-    while (anotherPage && m_phonebookMap.size() <= lastRoomyPhonebookSize) {
+    // Tested between pages, so a page may carry the book past its capacity.
+    while (anotherPage && !isPhonebookFull()) {
         if (pageId >= 1) {
             // Page ids pile up behind each other; the server takes the last one.
             url += "&pageId=" + std::to_string(pageId);
@@ -66,6 +66,10 @@ void OrvaneService::downloadPhonebookPages(std::string url, Records& records, bo
                    static_cast<int>(answer.statusCode), answer.responseData.c_str());
         anotherPage = handlePhonebookResponse(answer.statusCode, answer.responseData, pageId, records, publishData);
     }
+}
+
+bool OrvaneService::isPhonebookFull() const {
+    return m_phonebookMap.size() >= phonebookCapacity;
 }
 
 bool OrvaneService::handlePhonebookResponse(StatusCode statusCode, std::string& response, int& nextPageId,
