@@ -620,14 +620,14 @@ private:
     Semaphore m_telephonySessionsSem{1, 1, false};  ///< m_pendingTelephonySessions
     Semaphore m_recoverWebSocketSem{1, 1, false};   ///< the two WebSocket recovery flags
     Semaphore m_webSocketStateSem{1, 1, false};     ///< m_webSocketState
-    Semaphore m_callLogSyncTokenSem{1, 1, false};   ///< m_callLogSyncToken
+    Semaphore m_callLogSyncTokenSem{1, 1, false};   ///< m_callLogSyncToken, m_callLogFullSyncPending
     Semaphore m_callLogResponseSem{1, 1, true};     ///< the merge of a call log response into m_callLogMap
-    Semaphore m_phonebookSyncTokenSem{1, 1, false}; ///< m_phonebookSyncToken
+    Semaphore m_phonebookSyncTokenSem{1, 1, false}; ///< m_phonebookSyncToken, m_phonebookFullSyncPending
     Semaphore m_phonebookResponseSem{1, 1, true};   ///< the record loop of handlePhonebookResponse
     Semaphore m_dndSem{1, 1, true};                 ///< m_sync_dnd, m_serverDndStatus and their former values
     Semaphore m_fpkPresenceMapSem{1, 1, true};      ///< m_fpkPresenceMap
     Semaphore m_observersSem{1, 1, true};           ///< m_observers
-    Semaphore m_bcaLineListSem{1, 1, true};         ///< m_bcaLineList
+    Semaphore m_bcaLineListSem{1, 1, true};         ///< m_bcaLineList, writing of m_voicemailSummary
 
     WorkerThread m_refreshCallLogThread;
     WorkerThread m_refreshPhonebookThread;

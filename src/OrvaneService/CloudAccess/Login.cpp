@@ -6,7 +6,6 @@
 #include "OrvaneServiceHelper/OrvaneServiceHelper.h"
 #include "OrvaneServiceStrings.h"
 #include "framework/Context.h"
-#include "network/SecureConnectionEstablisher.h"
 #include "threads/CriticalSection.h"
 #include "utilities/ClientUtils.h"
 

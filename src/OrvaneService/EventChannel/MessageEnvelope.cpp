@@ -13,9 +13,8 @@
 
 #include <sys/random.h>
 
-#include <algorithm>
-#include <array>
 #include <cerrno>
+#include <cstdint>
 
 using namespace OrvaneServiceStrings;
 

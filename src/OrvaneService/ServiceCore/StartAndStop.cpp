@@ -2,7 +2,6 @@
 
 #include "Log.h"
 #include "framework/Context.h"
-#include "network/SecureConnectionEstablisher.h"
 #include "network/WebSocketThread.h"
 #include "siblings/JournalServiceIfc.h"
 #include "threads/CriticalSection.h"
