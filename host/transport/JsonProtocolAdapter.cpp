@@ -1,8 +1,7 @@
 #include "transport/JsonProtocolAdapter.h"
 
 #include "framework/Method.h"
-
-#include <nlohmann/json.hpp>
+#include "transport/PeerJson.h"
 
 #include <iterator>
 #include <limits>
@@ -88,7 +87,7 @@ Json writeParameter(const Parameter& parameter) {
 
 bool JsonProtocolAdapter::decode(std::istream& stream, Method& method) {
     const std::string text((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
-    const Json message = Json::parse(text, nullptr, false);
+    const Json message = PeerJson::parse(text);
     if (!message.is_object() || !message.contains("name") || !message["name"].is_string() ||
         !message.contains("type") || !message["type"].is_number_integer()) {
         return false;

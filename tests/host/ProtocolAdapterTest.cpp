@@ -191,4 +191,14 @@ TEST(ProtocolAdapter, SurvivesDeeplyNestedText) {
     const std::string nested(100'000, '[');
     EXPECT_FALSE(decodes(nested));
     EXPECT_FALSE(decodes(R"({"name":"m","type":0,"x":)" + nested));
+    EXPECT_FALSE(decodes(R"({"name":"m","type":0,"x":)" + nested + std::string(100'000, ']') + "}"));
+}
+
+TEST(ProtocolAdapter, BoundsTheDepthAndNotTheNumberOfBrackets) {
+    const auto message = [](const std::string& value) { return R"({"name":"m","type":0,"x":)" + value + "}"; };
+    const std::string deepest = std::string(63, '[') + std::string(63, ']');
+    EXPECT_TRUE(decodes(message(deepest)));
+    EXPECT_FALSE(decodes(message("[" + deepest + "]")));
+    EXPECT_TRUE(decodes(message("[" + deepest.substr(1, 124) + "," + deepest.substr(1, 124) + "]")));
+    EXPECT_TRUE(decodes(message("\"" + std::string(1000, '[') + "\\\"" + std::string(1000, '{') + "\"")));
 }

@@ -127,6 +127,18 @@ class Calls(RemoteCase):
                 wait_until(lambda: len(phone.program.errors()) > before, what="an error line")
                 self.assert_answers(phone)
 
+    def test_a_message_that_nests_too_deep_is_refused_and_the_telephone_lives(self):
+        self.start_cloud(calls=1)
+        phone = self.start_phone(log_level=2)
+        nested = "[" * 100_000 + "]" * 100_000
+        for message in (f'{{"seq":1,"method":{nested}}}', f'{{"seq":1,"command":"item","name":{nested}}}'):
+            client = self.connect_raw(phone)
+            client.sendall(message.encode() + b"\n")
+            self.assertEqual({"error": "the message cannot be read"}, json.loads(client.makefile().readline()))
+        raw = '{"name":"isRunning","type":0,"parameters":' + "[" * 50_000 + "]" * 50_000 + "}"
+        self.assertEqual("{}", phone.ctl("raw", raw).stdout.strip())
+        self.assertTrue(phone.alive())
+
     def test_a_text_that_does_not_decode_gets_an_end_and_no_reply(self):
         self.start_cloud(calls=1)
         phone = self.start_phone(log_level=2)

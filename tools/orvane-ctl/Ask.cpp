@@ -1,6 +1,7 @@
 #include "orvane-ctl/Ask.h"
 
 #include "orvane-ctl/ControlClient.h"
+#include "transport/PeerJson.h"
 
 #include <iostream>
 
@@ -56,7 +57,7 @@ int readAnswer(ControlClient& client, bool isCall, ControlClient::TimePoint unti
         if (reading != ControlClient::Reading::LINE) {
             return fail(reading == ControlClient::Reading::TIMEOUT ? "no answer in time" : "the telephone has ended");
         }
-        const Json answer = Json::parse(line);
+        const Json answer = PeerJson::parse(line);
         if (answer.contains("error")) {
             return fail(answer.at("error").get<std::string>());
         }

@@ -4,9 +4,8 @@
 #include "framework/Method.h"
 #include "orvane-ctl/ControlClient.h"
 #include "transport/JsonProtocolAdapter.h"
+#include "transport/PeerJson.h"
 #include "utilities/Serializer.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <atomic>
@@ -81,12 +80,12 @@ Outcome awaitEnd(ControlClient& client, int sequence, ControlClient::TimePoint u
         case ControlClient::Reading::LINE:
             break;
         }
-        const nlohmann::json answer = nlohmann::json::parse(line, nullptr, false);
+        const nlohmann::ordered_json answer = PeerJson::parse(line);
         if (answer.is_object() && answer.contains("seq") && answer["seq"] == sequence) {
             if (answer.contains("end")) {
                 return Outcome::ENDED;
             }
-            if (answer.contains("error")) {
+            if (answer.contains("error") && answer["error"].is_string()) {
                 std::cerr << "orvane-ctl: " << answer["error"].get<std::string>() << '\n';
                 return Outcome::REFUSED;
             }
@@ -116,11 +115,11 @@ int giveUp(Outcome outcome) {
 } // namespace
 
 std::string eventLine(const std::string& message) {
-    const nlohmann::json object = nlohmann::json::parse(message, nullptr, false);
+    const nlohmann::ordered_json object = PeerJson::parse(message);
     if (!object.is_object() || object.contains("seq") || !object.contains("method")) {
         return std::string();
     }
-    std::istringstream text(object["method"].dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+    std::istringstream text(object["method"].dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
     Method method;
     if (!JsonProtocolAdapter().decode(text, method)) {
         return std::string();

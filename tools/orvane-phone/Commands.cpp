@@ -12,9 +12,8 @@
 #include "siblings/SiblingThread.h"
 #include "siblings/TeamServiceEventIfc.h"
 #include "transport/LineConnection.h"
+#include "transport/PeerJson.h"
 #include "transport/RemoteFramework.h"
-
-#include <nlohmann/json.hpp>
 
 namespace {
 
@@ -133,7 +132,7 @@ bool Commands::waitUntilOpen() {
 }
 
 void Commands::handle(LineConnection& connection, const std::string& line) {
-    const Json request = Json::parse(line, nullptr, false);
+    const Json request = PeerJson::parse(line);
     if (!request.is_object() || !request.contains("seq") || !request["seq"].is_number_integer()) {
         logAppLine("Orvane Host", __FILE__, 2, __LINE__, "%s sent a message of %zu bytes that cannot be read",
                    connection.name().c_str(), line.size());
@@ -172,7 +171,7 @@ void Commands::handle(LineConnection& connection, const std::string& line) {
 }
 
 std::string Commands::run(const std::string& command, const std::string& line, std::string& error) {
-    const Json request = Json::parse(line);
+    const Json request = PeerJson::parse(line);
     if (command == "status") {
         return textOf(status(m_parts));
     }
