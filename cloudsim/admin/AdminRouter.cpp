@@ -89,9 +89,9 @@ AdminAnswer AdminRouter::answer(const HttpRequest& request) const {
             continue;
         call.query = target.query;
         if (!request.body.empty()) {
-            call.body = Json::parse(request.body, nullptr, false);
+            call.body = fromText(request.body);
             if (call.body.is_discarded())
-                return {400, {{"error", "the body is no JSON"}}};
+                return {400, {{"error", "the body is no JSON, or nests too deeply"}}};
         }
         try {
             return route.operation(call);

@@ -30,6 +30,28 @@ Json nestedFirst(const Json& value) {
     return ordered(value, false);
 }
 
+Json fromText(const std::string& text) {
+    return nestsTooDeeply(text) ? Json(Json::value_t::discarded) : Json::parse(text, nullptr, false);
+}
+
+bool nestsTooDeeply(const std::string& text) {
+    constexpr int deepest = 100;
+    int depth = 0;
+    bool inString = false;
+    for (std::size_t i = 0; i < text.size() && depth <= deepest; ++i) {
+        const char letter = text[i];
+        if (inString && letter == '\\')
+            ++i;
+        else if (letter == '"')
+            inString = !inString;
+        else if (!inString && (letter == '[' || letter == '{'))
+            ++depth;
+        else if (!inString && (letter == ']' || letter == '}'))
+            --depth;
+    }
+    return depth > deepest;
+}
+
 std::string toText(const Json& value) {
     return value.dump(-1, ' ', false, Json::error_handler_t::replace);
 }

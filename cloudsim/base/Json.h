@@ -15,6 +15,12 @@ Json scalarsFirst(const Json& value);
 /// The opposite: arrays and objects before scalars.
 Json nestedFirst(const Json& value);
 
+/// What a text from outside holds; discarded when it is no JSON, or when it nests too deeply.
+Json fromText(const std::string& text);
+/// Whether arrays and objects stand in each other deeper than anything of the provider's does. Values are copied and
+/// written by recursion, which the stack has to bear.
+bool nestsTooDeeply(const std::string& text);
+
 /// Compact text; bytes that are no UTF-8 become U+FFFD.
 std::string toText(const Json& value);
 

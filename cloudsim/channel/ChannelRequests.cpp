@@ -45,7 +45,7 @@ void ChannelHub::received(const std::shared_ptr<ChannelLink>& link, const std::s
         m_frames.pop_front();
     if (session == nullptr)
         return;
-    Json frame = Json::parse(text, nullptr, false);
+    Json frame = fromText(text);
     bool readable = frame.is_array() && !frame.empty() && frame.size() <= 2 && frame[0].is_object();
     std::string type = readable ? textMember(frame[0], "type") : "";
     std::string messageId = readable ? textMember(frame[0], "messageId") : "";

@@ -250,6 +250,8 @@ State readAccountFile(const std::string& path) {
     std::stringstream text;
     if (!file || !(text << file.rdbuf()))
         throw BadInput("cannot read the account file " + path);
+    if (nestsTooDeeply(text.str()))
+        throw BadInput(path + ": nests too deeply");
     try {
         return stateFromJson(Json::parse(text.str()));
     } catch (const Json::parse_error& error) {

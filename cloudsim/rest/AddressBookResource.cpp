@@ -16,7 +16,7 @@ std::optional<std::int64_t> contactId(const std::string& text) {
 
 /// The members of a contact; nothing when the body is something else.
 std::optional<Json> contactMembers(const std::string& body) {
-    Json json = Json::parse(body, nullptr, false);
+    Json json = fromText(body);
     if (!json.is_object())
         return std::nullopt;
     for (const auto& [key, value] : json.items())

@@ -26,7 +26,7 @@ HttpResponse getPresence(const RestContext& context) {
 HttpResponse changePresence(const RestContext& context) {
     if (!context.isOwn())
         return errorResponse(403, "CMN-408", "Only the own presence can be changed");
-    Json json = Json::parse(context.request.body, nullptr, false);
+    Json json = fromText(context.request.body);
     if (!json.is_object())
         return errorResponse(400, "CMN-100", "Presence cannot be read");
     Extension& extension = context.extension();
