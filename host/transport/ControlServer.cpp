@@ -2,8 +2,10 @@
 
 #include "logging/Logging.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <pthread.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -20,6 +22,8 @@ namespace {
 constexpr const char* logTag = "Orvane Host";
 constexpr int logLevelError = 2;
 constexpr int retryMilliseconds = 200;
+constexpr int lockRetryMilliseconds = 10;
+constexpr int mostLockRetries = 100;
 
 bool makeAddress(const std::string& path, sockaddr_un& address) {
     address = sockaddr_un{};
@@ -43,6 +47,37 @@ bool isAnswered(const sockaddr_un& address) {
     return answered;
 }
 
+/// Keeps telephones that begin at once from taking away each other's sockets. The lock is the folder's own, so that
+/// no file is left for other users to stumble over. Whoever holds it for long is no telephone, and not every file
+/// system knows locks: it is then done without.
+class FolderLock {
+public:
+    explicit FolderLock(const std::string& path)
+        : m_folder(::open(folderOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+        for (int retry = 0; ::flock(m_folder, LOCK_EX | LOCK_NB) != 0 && retry < mostLockRetries; ++retry) {
+            if (errno != EWOULDBLOCK) {
+                return;
+            }
+            ::poll(nullptr, 0, lockRetryMilliseconds);
+        }
+    }
+    ~FolderLock() {
+        if (m_folder >= 0) {
+            ::close(m_folder);
+        }
+    }
+    FolderLock(const FolderLock&) = delete;
+    FolderLock& operator=(const FolderLock&) = delete;
+
+private:
+    static std::string folderOf(const std::string& path) {
+        const std::size_t slash = path.rfind('/');
+        return slash == std::string::npos ? "." : path.substr(0, slash + 1);
+    }
+
+    const int m_folder;
+};
+
 } // namespace
 
 ControlServer::~ControlServer() {
@@ -61,6 +96,7 @@ ControlServer::Listening ControlServer::listen(const std::string& path, LineConn
         error = "no path for a control socket, empty or too long: " + path;
         return Listening::UNUSABLE_PATH;
     }
+    const FolderLock lock(path);
     struct stat found{};
     if (::lstat(path.c_str(), &found) == 0) {
         if (!S_ISSOCK(found.st_mode)) {
@@ -92,26 +128,38 @@ bool ControlServer::makeSocket(std::string& error) {
         return false;
     }
     // Nobody can connect before listen(), so nobody gets in before the access is limited.
+    struct stat made{};
     if (::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-        ::chmod(m_path.c_str(), S_IRUSR | S_IWUSR) != 0 || ::listen(listener, SOMAXCONN) != 0) {
+        ::chmod(m_path.c_str(), S_IRUSR | S_IWUSR) != 0 || ::listen(listener, SOMAXCONN) != 0 ||
+        ::lstat(m_path.c_str(), &made) != 0) {
         error = "cannot listen on " + m_path + ": " + std::strerror(errno);
         ::close(listener);
         return false;
     }
     m_socket = listener;
+    m_device = made.st_dev;
+    m_inode = made.st_ino;
     return true;
+}
+
+void ControlServer::removeSocket() const {
+    struct stat found{};
+    if (::lstat(m_path.c_str(), &found) == 0 && found.st_dev == m_device && found.st_ino == m_inode) {
+        ::unlink(m_path.c_str());
+    }
 }
 
 void ControlServer::stop() {
     if (m_socket < 0) {
         return;
     }
+    // While it is still answered, so that no other telephone takes the path meanwhile.
+    removeSocket();
     m_stopping = true;
     ::shutdown(m_socket, SHUT_RDWR);
     m_thread.join();
     ::close(m_socket);
     m_socket = -1;
-    ::unlink(m_path.c_str());
     std::list<std::unique_ptr<LineConnection>> connections;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);

@@ -2,6 +2,8 @@
 
 #include "transport/LineConnection.h"
 
+#include <sys/types.h>
+
 #include <atomic>
 #include <list>
 #include <memory>
@@ -34,6 +36,8 @@ public:
 
 private:
     bool makeSocket(std::string& error);
+    /// Unless the path is another's by now.
+    void removeSocket() const;
     void accept();
     void welcome(int client);
     void dropEnded();
@@ -41,6 +45,8 @@ private:
     const LineConnection::Limits m_limits;
     int m_socket = -1;
     std::string m_path;
+    dev_t m_device = 0; ///< of the socket's file, with its inode: whose it is
+    ino_t m_inode = 0;
     LineConnection::LineHandler m_lineCame;
     LineConnection::EndHandler m_ended;
     std::atomic<bool> m_stopping{false};

@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <array>
 #include <atomic>
 #include <fstream>
 #include <future>
@@ -18,12 +19,7 @@ TEST_F(Transport, IsForTheUserAlone) {
 }
 
 TEST_F(Transport, ReplacesAStaleSocket) {
-    const int stale = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::memcpy(address.sun_path, m_path.c_str(), m_path.size() + 1);
-    ASSERT_EQ(0, ::bind(stale, reinterpret_cast<const sockaddr*>(&address), sizeof address));
-    ::close(stale);
+    leaveAStaleSocket();
 
     serve();
 
@@ -41,6 +37,48 @@ TEST_F(Transport, LeavesALiveSocketAlone) {
     Client client(m_path);
     client.send("still there\n");
     EXPECT_EQ("got still there", client.readLine());
+}
+
+TEST_F(Transport, OneOfManyThatBeginAtOnceOnAStaleSocketListensAndTheOthersSaySo) {
+    constexpr int servers = 4;
+    for (int round = 0; round < 100; ++round) {
+        leaveAStaleSocket();
+        std::array<ControlServer, servers> contenders;
+        std::array<ControlServer::Listening, servers> outcomes{};
+        std::atomic<int> ready{0};
+        std::vector<std::thread> threads;
+        for (int number = 0; number < servers; ++number) {
+            threads.emplace_back([&, number] {
+                ++ready;
+                while (ready < servers) {
+                    std::this_thread::yield();
+                }
+                std::string error;
+                outcomes[number] = contenders[number].listen(
+                    m_path, [](LineConnection&, const std::string&) {}, [](LineConnection&) {}, error);
+            });
+        }
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+        ASSERT_EQ(1, std::count(outcomes.begin(), outcomes.end(), ControlServer::Listening::BEGUN)) << round;
+        ASSERT_EQ(servers - 1, std::count(outcomes.begin(), outcomes.end(), ControlServer::Listening::OCCUPIED))
+            << round;
+        ASSERT_TRUE(Client(m_path).isConnected()) << round;
+    }
+}
+
+TEST_F(Transport, LeavesAnothersSocketWhenItsOwnWasTakenAway) {
+    serve();
+    ASSERT_EQ(0, ::unlink(m_path.c_str()));
+    ControlServer second;
+    std::string error;
+    ASSERT_EQ(ControlServer::Listening::BEGUN,
+              second.listen(m_path, [](LineConnection&, const std::string&) {}, [](LineConnection&) {}, error));
+
+    m_server->stop();
+
+    EXPECT_TRUE(Client(m_path).isConnected());
 }
 
 TEST_F(Transport, NeverReplacesAFileThatIsNoSocket) {

@@ -125,6 +125,16 @@ protected:
         ::rmdir(m_folder.c_str());
     }
 
+    /// As a telephone that was killed leaves it.
+    void leaveAStaleSocket() const {
+        const int stale = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        std::memcpy(address.sun_path, m_path.c_str(), m_path.size() + 1);
+        ASSERT_EQ(0, ::bind(stale, reinterpret_cast<const sockaddr*>(&address), sizeof address));
+        ::close(stale);
+    }
+
     /// A server that answers every line by "got " and the line.
     void serve(LineConnection::Limits limits = {}) {
         serve(
