@@ -1,5 +1,6 @@
 """The programs as a person runs them: bad input, signals, --once."""
 
+import contextlib
 import os
 import signal
 import socket
@@ -85,6 +86,21 @@ class BadInput(TelephoneCase):
         result = run([BIN_DIR / "orvane-ctl", "--control", f"{self.directory}/none.sock", "status"])
         self.assertEqual(1, result.returncode)
         self.assertEqual(1, len(result.stderr.strip().splitlines()), result.stderr)
+
+    def test_a_control_program_gives_a_telephone_up_that_takes_no_client_in_time(self):
+        path = f"{self.directory}/full.sock"
+        with socket.socket(socket.AF_UNIX) as listener, contextlib.ExitStack() as clients:
+            listener.bind(path)
+            listener.listen(0)
+            with contextlib.suppress(BlockingIOError):
+                while True:
+                    client = clients.enter_context(socket.socket(socket.AF_UNIX))
+                    client.setblocking(False)
+                    client.connect(path)
+            for command in ("status", "observe"):
+                result = run([BIN_DIR / "orvane-ctl", "--control", path, "--timeout", "0.3", command], timeout=5)
+                self.assertEqual(1, result.returncode)
+                self.assertEqual("orvane-ctl: no answer in time\n", result.stderr)
 
 
 class Running(TelephoneCase):

@@ -1,6 +1,5 @@
 #include "orvane-ctl/Ask.h"
 
-#include "orvane-ctl/ControlClient.h"
 #include "transport/PeerJson.h"
 
 #include <iostream>
@@ -79,8 +78,7 @@ int readAnswer(ControlClient& client, bool isCall, ControlClient::TimePoint unti
 
 } // namespace
 
-int ask(ControlClient& client, const Request& request) {
-    const auto until = ControlClient::deadline(request.timeoutSeconds);
+int ask(ControlClient& client, const Request& request, ControlClient::TimePoint until) {
     Json message = {{"seq", sequence}};
     message.update(request.message);
     // A telephone that takes no more may have said why.

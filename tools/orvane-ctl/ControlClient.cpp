@@ -10,13 +10,19 @@
 #include <cerrno>
 #include <cstring>
 
+namespace {
+
+constexpr int connectRetryMilliseconds = 20;
+
+} // namespace
+
 ControlClient::~ControlClient() {
     if (m_socket >= 0) {
         ::close(m_socket);
     }
 }
 
-bool ControlClient::connect(const std::string& path, std::string& error) {
+bool ControlClient::connect(const std::string& path, TimePoint until, std::string& error) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     if (path.size() >= sizeof address.sun_path) {
@@ -24,10 +30,18 @@ bool ControlClient::connect(const std::string& path, std::string& error) {
         return false;
     }
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
-    m_socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (m_socket < 0 || ::connect(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-        error = "no telephone on " + path + ": " + std::strerror(errno);
-        return false;
+    m_socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    while (m_socket < 0 || ::connect(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+        // The queue of clients is full, and nothing tells when there is room.
+        if (m_socket < 0 || errno != EAGAIN) {
+            error = "no telephone on " + path + ": " + std::strerror(errno);
+            return false;
+        }
+        if (std::chrono::steady_clock::now() >= until) {
+            error = "no answer in time";
+            return false;
+        }
+        ::poll(nullptr, 0, connectRetryMilliseconds);
     }
     return true;
 }
@@ -48,7 +62,7 @@ bool ControlClient::send(const std::string& line, TimePoint until) {
     const std::string text = line + "\n";
     std::size_t sent = 0;
     while (sent < text.size()) {
-        const ssize_t count = ::send(m_socket, text.data() + sent, text.size() - sent, MSG_NOSIGNAL | MSG_DONTWAIT);
+        const ssize_t count = ::send(m_socket, text.data() + sent, text.size() - sent, MSG_NOSIGNAL);
         if (count >= 0) {
             sent += static_cast<std::size_t>(count);
         } else if ((errno != EAGAIN && errno != EINTR) || !wait(POLLOUT, until)) {
@@ -71,6 +85,9 @@ ControlClient::Reading ControlClient::read(std::string& line, TimePoint until) {
         }
         std::array<char, 65536> part{};
         const ssize_t count = ::recv(m_socket, part.data(), part.size(), 0);
+        if (count < 0 && (errno == EAGAIN || errno == EINTR)) {
+            continue;
+        }
         if (count <= 0) {
             return Reading::ENDED;
         }

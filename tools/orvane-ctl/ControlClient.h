@@ -18,7 +18,8 @@ public:
                std::chrono::duration_cast<std::chrono::steady_clock::duration>(std::chrono::duration<double>(seconds));
     }
 
-    bool connect(const std::string& path, std::string& error);
+    /// A telephone that lives but takes no client is waited for until then.
+    bool connect(const std::string& path, TimePoint until, std::string& error);
     /// False when the telephone has gone, or takes nothing until then; what it has said before can still be read.
     bool send(const std::string& line, TimePoint until);
 

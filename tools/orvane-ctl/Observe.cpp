@@ -2,7 +2,6 @@
 
 #include "events/EventLines.h"
 #include "framework/Method.h"
-#include "orvane-ctl/ControlClient.h"
 #include "transport/JsonProtocolAdapter.h"
 #include "transport/PeerJson.h"
 #include "utilities/Serializer.h"
@@ -145,11 +144,10 @@ std::string eventLine(const std::string& message) {
     return name == "orvaneVoicemail" ? voicemailLine(data) : std::string();
 }
 
-int observe(ControlClient& client, double timeoutSeconds) {
+int observe(ControlClient& client, ControlClient::TimePoint until) {
     std::signal(SIGINT, askForEnd);
     std::signal(SIGTERM, askForEnd);
     int sequence = 1;
-    const auto until = ControlClient::deadline(timeoutSeconds);
     std::vector<std::string> events;
     client.send(request(sequence, "subscribe"), until);
     const Outcome outcome = awaitEnd(client, sequence, until, true, events);

@@ -13,9 +13,10 @@ int main(int argumentCount, char** arguments) {
     }
     ControlClient client;
     std::string error;
-    if (!client.connect(request.control, error)) {
+    const auto until = ControlClient::deadline(request.timeoutSeconds);
+    if (!client.connect(request.control, until, error)) {
         std::cerr << "orvane-ctl: " << error << '\n';
         return 1;
     }
-    return request.observe ? observe(client, request.timeoutSeconds) : ask(client, request);
+    return request.observe ? observe(client, until) : ask(client, request, until);
 }
