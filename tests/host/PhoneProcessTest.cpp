@@ -1,15 +1,10 @@
+#include "support/Process.h"
 #include "support/TestCertificates.h"
 
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
-#include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <chrono>
 #include <cstdlib>
-#include <fstream>
 #include <memory>
 #include <string>
 #include <thread>
@@ -18,58 +13,6 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-/// A program whose two outputs go to files.
-class Process {
-public:
-    Process(const std::vector<std::string>& arguments, const std::string& output, const std::string& errors) {
-        m_id = ::fork();
-        if (m_id == 0) {
-            redirect(output, STDOUT_FILENO);
-            redirect(errors, STDERR_FILENO);
-            std::vector<char*> texts;
-            for (const std::string& argument : arguments) {
-                texts.push_back(const_cast<char*>(argument.c_str()));
-            }
-            texts.push_back(nullptr);
-            ::execv(texts[0], texts.data());
-            ::_exit(127);
-        }
-    }
-    ~Process() {
-        if (m_id > 0) {
-            ::kill(m_id, SIGKILL);
-            ::waitpid(m_id, nullptr, 0);
-        }
-    }
-    Process(const Process&) = delete;
-    Process& operator=(const Process&) = delete;
-
-    void signal(int number) const { ::kill(m_id, number); }
-    /// The exit status; -1 when a signal ended it.
-    int wait() {
-        int status = 0;
-        ::waitpid(m_id, &status, 0);
-        m_id = 0;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
-
-private:
-    static void redirect(const std::string& path, int descriptor) {
-        ::dup2(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), descriptor);
-    }
-
-    pid_t m_id;
-};
-
-std::vector<std::string> linesOf(const std::string& path) {
-    std::ifstream file(path);
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(file, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
 
 /// A telephone with a service that does not come down.
 class StubbornTelephone : public testing::Test {

@@ -84,8 +84,11 @@ Outcome awaitEnd(ControlClient& client, int sequence, ControlClient::TimePoint u
             if (answer.contains("end")) {
                 return Outcome::ENDED;
             }
-            if (answer.contains("error") && answer["error"].is_string()) {
-                std::cerr << "orvane-ctl: " << answer["error"].get<std::string>() << '\n';
+            if (answer.contains("error")) {
+                const nlohmann::ordered_json& error = answer["error"];
+                std::cerr << "orvane-ctl: "
+                          << (error.is_string() ? error.get<std::string>() : "the telephone's answer cannot be read")
+                          << '\n';
                 return Outcome::REFUSED;
             }
         }

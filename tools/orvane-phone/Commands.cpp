@@ -19,6 +19,8 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+constexpr const char* storeFailure = "the store cannot be written";
+
 std::string textOf(const Json& value) {
     return value.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
@@ -65,17 +67,27 @@ Json item(const Commands::Parts& parts, const Json& request, std::string& error)
         return {};
     }
     if (request.contains("value")) {
-        parts.store->change(*key, request.at("value").get<std::string>());
+        if (!parts.store->change(*key, request.at("value").get<std::string>())) {
+            error = storeFailure;
+            return {};
+        }
         tellStored(parts, *key);
     }
     return {{"name", name}, {"value", parts.store->get(*key)}};
 }
 
-/// First the network itself, so that nothing gets through when the service hears of it; the other way round for "up".
-Json interfaceStatus(const Commands::Parts& parts, const Json& request) {
+/// First the network itself, both ways: when the service hears of it, nothing gets through any more, or everything does
+/// again.
+Json interfaceStatus(const Commands::Parts& parts, const Json& request, std::string& error) {
     const bool up = request.at("up").get<bool>();
-    NetworkControl::instance().setInterfaceUp(up);
-    parts.store->change(PldsTags::INTERFACE_STATUS, up ? "up" : "down");
+    NetworkControl& network = NetworkControl::instance();
+    const bool wasUp = network.isInterfaceUp();
+    network.setInterfaceUp(up);
+    if (!parts.store->change(PldsTags::INTERFACE_STATUS, up ? "up" : "down")) {
+        network.setInterfaceUp(wasUp);
+        error = storeFailure;
+        return {};
+    }
     tellStored(parts, PldsTags::INTERFACE_STATUS);
     return Json::object();
 }
@@ -176,7 +188,7 @@ std::string Commands::run(const std::string& command, const std::string& line, s
         return textOf(status(m_parts));
     }
     if (command == "interface") {
-        return textOf(interfaceStatus(m_parts, request));
+        return textOf(interfaceStatus(m_parts, request, error));
     }
     if (command == "overview") {
         return textOf(overview(m_parts, request, error));

@@ -120,29 +120,33 @@ bool Telephone::makeStore(std::string& error) {
     m_parts->store = std::make_unique<LocalMgmt>(std::move(items));
     m_parts->store->setWriteListener(
         [this](const std::string& key, const std::string& value) { m_output.item(ItemNames::nameOf(key), value); });
-    presetItems();
+    if (!presetItems()) {
+        error = "the store " + m_options.store + " cannot be written";
+        return false;
+    }
+    NetworkControl::instance().setInterfaceUp(m_parts->store->get(PldsTags::INTERFACE_STATUS) == "up");
+    for (const auto& [key, value] : m_parts->store->all()) {
+        m_output.stored(ItemNames::nameOf(key), value);
+    }
     return true;
 }
 
-void Telephone::presetItems() {
+bool Telephone::presetItems() {
     LocalMgmt& store = *m_parts->store;
+    std::vector<std::pair<std::string, std::string>> items;
     for (const auto& [key, value] : {std::make_pair(PldsTags::INTERFACE_STATUS, std::string("up")),
                                      std::make_pair(PldsTags::SERVER_TYPE, std::string("7"))}) {
         if (store.get(key).empty()) {
-            store.preset(key, value);
+            items.emplace_back(key, value);
         }
     }
-    store.preset(PldsTags::MAC_ADDRESS, m_options.mac);
+    items.emplace_back(PldsTags::MAC_ADDRESS, m_options.mac);
     if (!m_options.server.empty()) {
-        store.preset(PldsTags::ORVANE_API_SERVER_ADDRESS, m_options.server);
+        items.emplace_back(PldsTags::ORVANE_API_SERVER_ADDRESS, m_options.server);
     }
-    for (const auto& [key, value] : m_options.items) {
-        store.preset(key, value);
-    }
-    NetworkControl::instance().setInterfaceUp(store.get(PldsTags::INTERFACE_STATUS) == "up");
-    for (const auto& [key, value] : store.all()) {
-        m_output.stored(ItemNames::nameOf(key), value);
-    }
+    items.insert(items.end(), m_options.items.begin(), m_options.items.end());
+    return std::all_of(items.begin(), items.end(),
+                       [&store](const auto& item) { return store.preset(item.first, item.second); });
 }
 
 void Telephone::addServices() {

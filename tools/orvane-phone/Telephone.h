@@ -33,7 +33,8 @@ private:
     bool makeStore(std::string& error);
     bool makeService(std::string& error);
     bool listen(std::string& error, int& exitStatus);
-    void presetItems();
+    /// What the command line says, and defaults of what nothing says. False when the store cannot be written.
+    bool presetItems();
     void addServices();
 
     const Options m_options;

@@ -1,0 +1,57 @@
+#include "support/Process.h"
+#include "support/TemporaryFolder.h"
+#include "transport/ControlServer.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+/// Something that listens as a telephone does and answers every line alike.
+class StrangeTelephone : public testing::Test {
+protected:
+    void answerWith(const std::string& answer) {
+        std::string error;
+        ASSERT_EQ(ControlServer::Listening::BEGUN,
+                  m_server.listen(
+                      m_folder.file("socket"),
+                      [answer](LineConnection& connection, const std::string&) { connection.send(answer); },
+                      [](LineConnection&) {}, error))
+            << error;
+    }
+    int control(const std::string& command) {
+        return Process({ORVANE_CTL, "--control", m_folder.file("socket"), command}, m_folder.file("out"),
+                       m_folder.file("err"))
+            .wait();
+    }
+
+    TemporaryFolder m_folder;
+    ControlServer m_server;
+};
+
+} // namespace
+
+TEST_F(StrangeTelephone, IsReportedWhenItsErrorIsNoText) {
+    answerWith(R"({"seq":1,"error":5})");
+    const Lines report{"orvane-ctl: the telephone's answer cannot be read"};
+
+    EXPECT_EQ(1, control("status"));
+    EXPECT_EQ(report, linesOf(m_folder.file("err")));
+
+    EXPECT_EQ(1, control("observe"));
+    EXPECT_EQ(report, linesOf(m_folder.file("err")));
+}
+
+TEST_F(StrangeTelephone, IsQuotedWhenItsErrorIsAText) {
+    answerWith(R"({"seq":1,"error":"not today"})");
+
+    EXPECT_EQ(1, control("status"));
+    EXPECT_EQ((Lines{"orvane-ctl: not today"}), linesOf(m_folder.file("err")));
+
+    EXPECT_EQ(1, control("observe"));
+    EXPECT_EQ((Lines{"orvane-ctl: not today"}), linesOf(m_folder.file("err")));
+}
