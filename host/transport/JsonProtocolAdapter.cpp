@@ -5,6 +5,7 @@
 
 #include <iterator>
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -55,31 +56,25 @@ bool readParameter(const Json& element, Method& method) {
     return false;
 }
 
+/// The word for the value's kind, and the value.
+std::pair<const char*, Json> kindAndValue(const Parameter& parameter) {
+    switch (parameter.kind) {
+    case Parameter::Kind::STRING:
+        return {"string", parameter.stringValue};
+    case Parameter::Kind::BOOL:
+        return {"bool", parameter.boolValue};
+    case Parameter::Kind::INT:
+        break;
+    }
+    return {"int", parameter.intValue};
+}
+
 Json writeParameter(const Parameter& parameter) {
+    auto [kind, value] = kindAndValue(parameter);
     Json element = {{"name", parameter.name}};
-    switch (parameter.kind) {
-    case Parameter::Kind::STRING:
-        element["kind"] = "string";
-        break;
-    case Parameter::Kind::BOOL:
-        element["kind"] = "bool";
-        break;
-    case Parameter::Kind::INT:
-        element["kind"] = "int";
-        break;
-    }
+    element["kind"] = kind;
     element["direction"] = static_cast<int>(parameter.direction);
-    switch (parameter.kind) {
-    case Parameter::Kind::STRING:
-        element["value"] = parameter.stringValue;
-        break;
-    case Parameter::Kind::BOOL:
-        element["value"] = parameter.boolValue;
-        break;
-    case Parameter::Kind::INT:
-        element["value"] = parameter.intValue;
-        break;
-    }
+    element["value"] = std::move(value);
     return element;
 }
 

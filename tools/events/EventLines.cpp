@@ -1,5 +1,7 @@
 #include "events/EventLines.h"
 
+#include "events/JsonLine.h"
+
 #include <nlohmann/json.hpp>
 
 namespace EventLines {
@@ -9,7 +11,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 std::string line(const Json& object) {
-    return object.dump(-1, ' ', false, Json::error_handler_t::replace);
+    return jsonLine(object);
 }
 
 } // namespace

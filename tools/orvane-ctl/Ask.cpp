@@ -1,5 +1,6 @@
 #include "orvane-ctl/Ask.h"
 
+#include "events/JsonLine.h"
 #include "transport/PeerJson.h"
 
 #include <iostream>
@@ -13,10 +14,6 @@ constexpr int sequence = 1;
 int fail(const std::string& reason) {
     std::cerr << "orvane-ctl: " << reason << '\n';
     return 1;
-}
-
-std::string textOf(const Json& value) {
-    return value.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
 /// The parameters of a reply, by name.
@@ -42,7 +39,7 @@ int report(const Json& reply) {
         return reportRefusals(reply["refused"]);
     }
     if (!reply.empty()) {
-        std::cout << textOf(reply) << '\n';
+        std::cout << jsonLine(reply) << '\n';
     }
     return reply.value("result", true) ? 0 : 1;
 }
@@ -70,7 +67,7 @@ int readAnswer(ControlClient& client, bool isCall, ControlClient::TimePoint unti
             callReply = parametersOf(answer.at("method"));
         }
         if (isCall && answer.contains("end")) {
-            std::cout << textOf(callReply) << '\n';
+            std::cout << jsonLine(callReply) << '\n';
             return 0;
         }
     }
@@ -82,7 +79,7 @@ int ask(ControlClient& client, const Request& request, ControlClient::TimePoint 
     Json message = {{"seq", sequence}};
     message.update(request.message);
     // A telephone that takes no more may have said why.
-    client.send(textOf(message), until);
+    client.send(jsonLine(message), until);
     try {
         return readAnswer(client, request.isCall, until);
     } catch (const Json::exception&) {

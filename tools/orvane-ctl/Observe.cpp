@@ -1,6 +1,7 @@
 #include "orvane-ctl/Observe.h"
 
 #include "events/EventLines.h"
+#include "events/JsonLine.h"
 #include "framework/Method.h"
 #include "transport/JsonProtocolAdapter.h"
 #include "transport/PeerJson.h"
@@ -121,7 +122,7 @@ std::string eventLine(const std::string& message) {
     if (!object.is_object() || object.contains("seq") || !object.contains("method")) {
         return std::string();
     }
-    std::istringstream text(object["method"].dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+    std::istringstream text(jsonLine(object["method"]));
     Method method;
     if (!JsonProtocolAdapter().decode(text, method)) {
         return std::string();

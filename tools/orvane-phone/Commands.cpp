@@ -4,6 +4,7 @@
 #include "data/ItemNames.h"
 #include "data/LocalMgmt.h"
 #include "data/PldsTags.h"
+#include "events/JsonLine.h"
 #include "logging/Logging.h"
 #include "network/NetworkControl.h"
 #include "orvane-phone/Output.h"
@@ -20,10 +21,6 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr const char* storeFailure = "the store cannot be written";
-
-std::string textOf(const Json& value) {
-    return value.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
 
 /// For those who look at the telephone: what was not written by the service is not reported.
 void tellStored(const Commands::Parts& parts, const std::string& key) {
@@ -123,6 +120,48 @@ Json communicationsEvent(const Commands::Parts& parts, const Json& request, std:
     return Json::object();
 }
 
+/// The command's reply, or `error` filled.
+Json run(const Commands::Parts& parts, const Json& request, std::string& error) {
+    const auto command = request.at("command").get<std::string>();
+    if (command == "status") {
+        return status(parts);
+    }
+    if (command == "interface") {
+        return interfaceStatus(parts, request, error);
+    }
+    if (command == "overview") {
+        return overview(parts, request, error);
+    }
+    if (command == "devices-changed" || command == "system-status") {
+        return communicationsEvent(parts, request, error);
+    }
+    if (command == "configure") {
+        return configure(parts, request, error);
+    }
+    if (command == "item") {
+        return item(parts, request, error);
+    }
+    if (command == "reset-user-data") {
+        return {{"result", parts.store->resetUserData()}};
+    }
+    error = "there is no command " + command;
+    return {};
+}
+
+Json answerTo(const Commands::Parts& parts, const Json& request, long long sequence) {
+    Json reply;
+    std::string error;
+    try {
+        reply = run(parts, request, error);
+    } catch (const Json::exception&) {
+        error = "the command cannot be read";
+    }
+    if (error.empty()) {
+        return {{"seq", sequence}, {"reply", std::move(reply)}};
+    }
+    return {{"seq", sequence}, {"error", error}};
+}
+
 } // namespace
 
 void Commands::open() {
@@ -156,57 +195,16 @@ void Commands::handle(LineConnection& connection, const std::string& line) {
     }
     const auto sequence = request["seq"].get<long long>();
     const bool isRaw = request.contains("raw") && request["raw"].is_string();
-    Json answer = {{"seq", sequence}};
-    if (request.contains("method") || isRaw) {
-        if (m_parts.remote->isCallable()) {
-            m_parts.remote->call(connection, sequence,
-                                 isRaw ? request["raw"].get<std::string>() : textOf(request["method"]));
-        } else {
-            answer["error"] = "the service's library has no createOrvaneServiceInvoker: nothing can be called";
-            connection.send(textOf(answer));
-        }
-        return;
+    if (!isRaw && !request.contains("method")) {
+        connection.send(jsonLine(answerTo(m_parts, request, sequence)));
+    } else if (m_parts.remote->isCallable()) {
+        m_parts.remote->call(connection, sequence,
+                             isRaw ? request["raw"].get<std::string>() : jsonLine(request["method"]));
+    } else {
+        connection.send(jsonLine(
+            Json{{"seq", sequence},
+                 {"error", "the service's library has no createOrvaneServiceInvoker: nothing can be called"}}));
     }
-    std::string error;
-    try {
-        const std::string reply = run(request.at("command").get<std::string>(), line, error);
-        if (error.empty()) {
-            answer["reply"] = Json::parse(reply);
-        }
-    } catch (const Json::exception&) {
-        error = "the command cannot be read";
-    }
-    if (!error.empty()) {
-        answer["error"] = error;
-    }
-    connection.send(textOf(answer));
-}
-
-std::string Commands::run(const std::string& command, const std::string& line, std::string& error) {
-    const Json request = PeerJson::parse(line);
-    if (command == "status") {
-        return textOf(status(m_parts));
-    }
-    if (command == "interface") {
-        return textOf(interfaceStatus(m_parts, request, error));
-    }
-    if (command == "overview") {
-        return textOf(overview(m_parts, request, error));
-    }
-    if (command == "devices-changed" || command == "system-status") {
-        return textOf(communicationsEvent(m_parts, request, error));
-    }
-    if (command == "configure") {
-        return textOf(configure(m_parts, request, error));
-    }
-    if (command == "item") {
-        return textOf(item(m_parts, request, error));
-    }
-    if (command == "reset-user-data") {
-        return textOf({{"result", m_parts.store->resetUserData()}});
-    }
-    error = "there is no command " + command;
-    return {};
 }
 
 void Commands::clientEnded(LineConnection& connection) {

@@ -43,7 +43,6 @@ public:
 
 private:
     bool waitUntilOpen();
-    std::string run(const std::string& command, const std::string& request, std::string& error);
 
     Parts m_parts;
     std::mutex m_mutex;
