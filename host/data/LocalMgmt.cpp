@@ -4,11 +4,10 @@
 #include "data/ItemNames.h"
 #include "data/ManageableData.h"
 #include "data/MgmtAgentIfc.h"
-#include "logging/Logging.h"
+#include "logging/ExceptionBoundary.h"
+#include "logging/HostLog.h"
 
 #include <pthread.h>
-
-#include <exception>
 
 LocalMgmt::LocalMgmt(std::unique_ptr<ItemStore> items) : m_items(std::move(items)), m_thread([this] { notify(); }) {}
 
@@ -161,17 +160,16 @@ void LocalMgmt::notify() {
         const Notification notification = m_notifications.front();
         m_notifications.pop_front();
         lock.unlock();
-        try {
-            ManageableData data;
-            data.populate(notification.key, notification.key, notification.value);
-            notification.agent->manageableDataChanged(data);
-        } catch (const std::exception& exception) {
-            logAppLine("Orvane Host", __FILE__, 2, __LINE__, "observer of %s ended by an exception: %s",
-                       notification.key.c_str(), exception.what());
-        } catch (...) {
-            logAppLine("Orvane Host", __FILE__, 2, __LINE__, "observer of %s ended by an exception",
-                       notification.key.c_str());
-        }
+        containExceptions(
+            [&] {
+                ManageableData data;
+                data.populate(notification.key, notification.key, notification.value);
+                notification.agent->manageableDataChanged(data);
+            },
+            [&](const char* colon, const char* text) {
+                HOST_LOG(HostLog::ERROR, "observer of %s ended by an exception%s%s", notification.key.c_str(), colon,
+                         text);
+            });
         lock.lock();
         m_deliveredNumber = notification.number;
         m_changed.notify_all();

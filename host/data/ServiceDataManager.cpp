@@ -5,7 +5,7 @@
 #include "data/PldsTags.h"
 #include "data/ServiceItems.h"
 #include "framework/Context.h"
-#include "logging/Logging.h"
+#include "logging/HostLog.h"
 
 #include <map>
 
@@ -75,8 +75,7 @@ void ServiceDataManager::finishSetup() {
         }
         std::string error;
         if (!m_representation->items->deliverItem(key, value->second, error)) {
-            logAppLine("Orvane Host", __FILE__, 3, __LINE__, "the stored value of %s is refused: %s", key.c_str(),
-                       error.c_str());
+            HOST_LOG(HostLog::WARNING, "the stored value of %s is refused: %s", key.c_str(), error.c_str());
         }
     }
     m_representation->store->setConfigurationTarget(m_representation->items);

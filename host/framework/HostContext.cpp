@@ -1,13 +1,13 @@
 #include "framework/HostContext.h"
 
 #include "framework/Executable.h"
-#include "logging/Logging.h"
+#include "logging/ExceptionBoundary.h"
+#include "logging/HostLog.h"
 #include "threads/TimeScale.h"
 
 #include <pthread.h>
 
 #include <algorithm>
-#include <exception>
 
 HostContext::HostContext() : m_thread([this] { deliver(); }) {}
 
@@ -118,14 +118,10 @@ void HostContext::deliver() {
         const int id = next->first;
         Executable* service = next->second.service;
         lock.unlock();
-        try {
-            service->timerEvent(id);
-        } catch (const std::exception& exception) {
-            logAppLine("Orvane Host", __FILE__, 2, __LINE__, "timer %d ended by an exception: %s", id,
-                       exception.what());
-        } catch (...) {
-            logAppLine("Orvane Host", __FILE__, 2, __LINE__, "timer %d ended by an exception", id);
-        }
+        containExceptions([&] { service->timerEvent(id); },
+                          [id](const char* colon, const char* text) {
+                              HOST_LOG(HostLog::ERROR, "timer %d ended by an exception%s%s", id, colon, text);
+                          });
         lock.lock();
     }
 }

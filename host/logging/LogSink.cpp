@@ -1,5 +1,6 @@
 #include "logging/LogSink.h"
 
+#include "logging/HostLog.h"
 #include "logging/Logging.h"
 #include "logging/Redaction.h"
 
@@ -139,7 +140,8 @@ void logAppLine(const char* tag, const char*, int level, int, const char* format
             message = target.redaction.redact(message);
         }
         if (const unsigned lost = target.lostLines.exchange(0); lost > 0) {
-            write(target, 2, "Orvane Host", std::to_string(lost) + " lines of this log could not be written");
+            write(target, HostLog::ERROR, HostLog::tag,
+                  std::to_string(lost) + " lines of this log could not be written");
         }
         write(target, level, tag, LogSink::visible(message));
     } catch (const std::exception&) {

@@ -1,7 +1,7 @@
 #include "network/HttpClient.h"
 
+#include "logging/HostLog.h"
 #include "network/HostConnection.h"
-#include "network/HostLog.h"
 #include "network/HttpRequestText.h"
 #include "network/HttpResponseReader.h"
 #include "network/NetworkControl.h"

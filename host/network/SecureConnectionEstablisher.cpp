@@ -1,7 +1,7 @@
 #include "network/SecureConnectionEstablisher.h"
 
+#include "logging/HostLog.h"
 #include "network/HostConnection.h"
-#include "network/HostLog.h"
 #include "network/NetworkControl.h"
 #include "network/ServerAddress.h"
 #include "network/TlsContextCache.h"

@@ -1,6 +1,6 @@
 #include "network/WebSocketEventLoop.h"
 
-#include "network/HostLog.h"
+#include "logging/HostLog.h"
 #include "network/NetworkControl.h"
 #include "threads/ThreaderIfc.h"
 

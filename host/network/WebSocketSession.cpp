@@ -1,7 +1,7 @@
 #include "network/WebSocketSession.h"
 
+#include "logging/HostLog.h"
 #include "network/FreezableSocket.h"
-#include "network/HostLog.h"
 #include "network/NetworkControl.h"
 #include "network/ServerAddress.h"
 #include "network/TcpConnector.h"

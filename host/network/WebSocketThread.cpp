@@ -1,13 +1,13 @@
 #include "network/WebSocketThread.h"
 
+#include "logging/ExceptionBoundary.h"
+#include "logging/HostLog.h"
 #include "network/ChannelState.h"
-#include "network/HostLog.h"
 #include "network/WebSocketAppIfc.h"
 #include "network/WebSocketEventLoop.h"
 
 #include <atomic>
 #include <condition_variable>
-#include <exception>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -158,13 +158,10 @@ void Client::deliver(unsigned long number, const WebSocketSession::Report& repor
     m_inCallback = true;
     m_callbackThread = std::this_thread::get_id();
     lock.unlock();
-    try {
-        report(app);
-    } catch (const std::exception& failure) {
-        HOST_LOG(HostLog::ERROR, "WebSocket: a callback threw: %s", failure.what());
-    } catch (...) {
-        HOST_LOG(HostLog::ERROR, "WebSocket: a callback threw");
-    }
+    containExceptions([&] { report(app); },
+                      [](const char* colon, const char* text) {
+                          HOST_LOG(HostLog::ERROR, "WebSocket: a callback threw%s%s", colon, text);
+                      });
     lock.lock();
     m_inCallback = false;
     m_callbackEnded.notify_all();

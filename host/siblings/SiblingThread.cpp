@@ -1,11 +1,11 @@
 #include "siblings/SiblingThread.h"
 
-#include "logging/Logging.h"
+#include "logging/ExceptionBoundary.h"
+#include "logging/HostLog.h"
 
 #include <pthread.h>
 
 #include <algorithm>
-#include <exception>
 
 SiblingThread::SiblingThread() : m_thread([this] { run(); }) {}
 
@@ -50,12 +50,9 @@ void SiblingThread::run() {
         Event* event = m_events.front();
         m_events.pop_front();
         lock.unlock();
-        try {
-            event->action();
-        } catch (const std::exception& exception) {
-            logAppLine("Orvane Host", __FILE__, 2, __LINE__, "sibling event ended by an exception: %s",
-                       exception.what());
-        }
+        containExceptions(event->action, [](const char* colon, const char* text) {
+            HOST_LOG(HostLog::ERROR, "sibling event ended by an exception%s%s", colon, text);
+        });
         lock.lock();
         event->over = true;
         m_changed.notify_all();

@@ -1,16 +1,13 @@
 #include "threads/ThreadRegistry.h"
 
-#include "logging/Logging.h"
+#include "logging/ExceptionBoundary.h"
+#include "logging/HostLog.h"
 
 #include <pthread.h>
 
-#include <exception>
 #include <system_error>
 
 namespace {
-
-constexpr const char* logTag = "Orvane Host";
-constexpr int logLevelError = 2;
 
 thread_local unsigned long ownId = 0;
 
@@ -51,14 +48,11 @@ void ThreadRegistry::run(unsigned long id, ThreaderIfc::Runner runner, void* arg
     }
     const std::string threadName = name.empty() ? "worker-" + std::to_string(id) : name;
     pthread_setname_np(pthread_self(), threadName.substr(0, 15).c_str());
-    try {
-        runner(argument);
-    } catch (const std::exception& exception) {
-        logAppLine(logTag, __FILE__, logLevelError, __LINE__, "thread %s ended by an exception: %s", threadName.c_str(),
-                   exception.what());
-    } catch (...) {
-        logAppLine(logTag, __FILE__, logLevelError, __LINE__, "thread %s ended by an exception", threadName.c_str());
-    }
+    containExceptions([&] { runner(argument); },
+                      [&threadName](const char* colon, const char* text) {
+                          HOST_LOG(HostLog::ERROR, "thread %s ended by an exception%s%s", threadName.c_str(), colon,
+                                   text);
+                      });
     if (listener) {
         listener(id);
     }
@@ -81,7 +75,7 @@ void ThreadRegistry::reapEnded(std::unique_lock<std::mutex>&) {
 
 void ThreadRegistry::waitFor(unsigned long id) {
     if (id != 0 && id == ownId) {
-        logAppLine(logTag, __FILE__, logLevelError, __LINE__, "thread %lu waits for itself", id);
+        HOST_LOG(HostLog::ERROR, "thread %lu waits for itself", id);
         return;
     }
     std::unique_lock<std::mutex> lock(m_mutex);

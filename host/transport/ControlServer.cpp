@@ -1,6 +1,6 @@
 #include "transport/ControlServer.h"
 
-#include "logging/Logging.h"
+#include "logging/HostLog.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -19,8 +19,6 @@
 
 namespace {
 
-constexpr const char* logTag = "Orvane Host";
-constexpr int logLevelError = 2;
 constexpr int retryMilliseconds = 200;
 constexpr int lockRetryMilliseconds = 10;
 constexpr int mostLockRetries = 100;
@@ -181,8 +179,7 @@ void ControlServer::accept() {
             welcome(client);
         } else if (errno != EAGAIN && errno != EINTR && errno != ECONNABORTED && !m_stopping) {
             // No descriptors, no memory: the client stays in the queue until there are some.
-            logAppLine(logTag, __FILE__, logLevelError, __LINE__, "the control socket cannot take a client: %s",
-                       std::strerror(errno));
+            HOST_LOG(HostLog::ERROR, "the control socket cannot take a client: %s", std::strerror(errno));
             ::poll(nullptr, 0, retryMilliseconds);
         }
     }
@@ -196,7 +193,7 @@ void ControlServer::welcome(int client) {
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_connections.push_back(std::move(connection));
     } catch (const std::exception& exception) {
-        logAppLine(logTag, __FILE__, logLevelError, __LINE__, "no room for %s: %s", name.c_str(), exception.what());
+        HOST_LOG(HostLog::ERROR, "no room for %s: %s", name.c_str(), exception.what());
         ::close(client);
     }
 }

@@ -1,6 +1,7 @@
 #include "transport/LineConnection.h"
 
-#include "logging/Logging.h"
+#include "logging/ExceptionBoundary.h"
+#include "logging/HostLog.h"
 
 #include <pthread.h>
 #include <sys/socket.h>
@@ -12,9 +13,6 @@
 #include <exception>
 
 namespace {
-
-constexpr const char* logTag = "Orvane Host";
-constexpr int logLevelError = 2;
 
 enum class Sending { DONE, TIMEOUT, GONE };
 
@@ -78,7 +76,7 @@ void LineConnection::send(const std::string& line) {
         return;
     }
     if (m_waitingBytes > 0 && m_waitingBytes + line.size() > m_limits.mostWaitingBytes) {
-        logAppLine(logTag, __FILE__, logLevelError, __LINE__, "%s reads too slowly and is dropped", m_name.c_str());
+        HOST_LOG(HostLog::ERROR, "%s reads too slowly and is dropped", m_name.c_str());
         shut();
         return;
     }
@@ -114,8 +112,7 @@ void LineConnection::read() {
         }
     }
     if (!pending.empty()) {
-        logAppLine(logTag, __FILE__, logLevelError, __LINE__, "%s ended within a message of %zu bytes", m_name.c_str(),
-                   pending.size());
+        HOST_LOG(HostLog::ERROR, "%s ended within a message of %zu bytes", m_name.c_str(), pending.size());
     }
     m_endedHandler(*this);
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -134,8 +131,7 @@ bool LineConnection::takeLines(std::string& pending) {
     if (pending.size() <= m_limits.longestLine) {
         return true;
     }
-    logAppLine(logTag, __FILE__, logLevelError, __LINE__, "%s sent a message beyond %zu bytes and is dropped",
-               m_name.c_str(), m_limits.longestLine);
+    HOST_LOG(HostLog::ERROR, "%s sent a message beyond %zu bytes and is dropped", m_name.c_str(), m_limits.longestLine);
     send("{\"error\":\"a message may have " + std::to_string(m_limits.longestLine) + " bytes\"}");
     pending.clear();
     return false;
@@ -145,12 +141,11 @@ void LineConnection::take(const std::string& line) {
     if (line.empty()) {
         return;
     }
-    try {
-        m_lineCame(*this, line);
-    } catch (const std::exception& exception) {
-        logAppLine(logTag, __FILE__, logLevelError, __LINE__, "%s: a message ended by an exception: %s", m_name.c_str(),
-                   exception.what());
-    }
+    containExceptions([&] { m_lineCame(*this, line); },
+                      [this](const char* colon, const char* text) {
+                          HOST_LOG(HostLog::ERROR, "%s: a message ended by an exception%s%s", m_name.c_str(), colon,
+                                   text);
+                      });
 }
 
 void LineConnection::write() {
@@ -175,7 +170,7 @@ void LineConnection::writeLines() {
         lock.lock();
         m_waitingBytes -= line.size();
         if (sending == Sending::TIMEOUT) {
-            logAppLine(logTag, __FILE__, logLevelError, __LINE__, "%s takes nothing and is dropped", m_name.c_str());
+            HOST_LOG(HostLog::ERROR, "%s takes nothing and is dropped", m_name.c_str());
         }
         if (sending != Sending::DONE) {
             return;

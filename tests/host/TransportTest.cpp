@@ -190,10 +190,13 @@ TEST_F(Transport, AnExceptionInAHandlerEndsTheMessageOnly) {
         if (line == "bad") {
             throw std::runtime_error("bad");
         }
+        if (line == "worse") {
+            throw 7;
+        }
         connection.send("got " + line);
     });
     Client client(m_path);
-    client.send("bad\ngood\n");
+    client.send("bad\nworse\ngood\n");
     EXPECT_EQ("got good", client.readLine());
 }
 

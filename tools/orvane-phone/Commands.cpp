@@ -5,7 +5,7 @@
 #include "data/LocalMgmt.h"
 #include "data/PldsTags.h"
 #include "events/JsonLine.h"
-#include "logging/Logging.h"
+#include "logging/HostLog.h"
 #include "network/NetworkControl.h"
 #include "orvane-phone/Output.h"
 #include "siblings/CommunicationsServiceEventIfc.h"
@@ -185,8 +185,8 @@ bool Commands::waitUntilOpen() {
 void Commands::handle(LineConnection& connection, const std::string& line) {
     const Json request = PeerJson::parse(line);
     if (!request.is_object() || !request.contains("seq") || !request["seq"].is_number_integer()) {
-        logAppLine("Orvane Host", __FILE__, 2, __LINE__, "%s sent a message of %zu bytes that cannot be read",
-                   connection.name().c_str(), line.size());
+        HOST_LOG(HostLog::ERROR, "%s sent a message of %zu bytes that cannot be read", connection.name().c_str(),
+                 line.size());
         connection.send("{\"error\":\"the message cannot be read\"}");
         return;
     }
