@@ -62,10 +62,6 @@ NetworkControl::Limits NetworkControl::limits() const {
     return m_limits;
 }
 
-void NetworkControl::setTimeScale(double factor) {
-    m_timeScale = factor > 0 ? factor : 1.0;
-}
-
 const char* NetworkControl::refusal() const {
     if (m_aborted) {
         return "the program is ending";

@@ -11,8 +11,8 @@
 class CertificateMgmtSvcIfc;
 class TlsContextCache;
 
-/// Switches that the telephone has over everything that uses its network: the interface, the end of the program, the
-/// pace of the WebSocket's pings, and the limits. One object a process, which is never destroyed, since threads of
+/// Switches that the telephone has over everything that uses its network: the interface, the end of the program, and
+/// the limits. One object a process, which is never destroyed, since threads of
 /// the network may run to the very end of the process. Every operation may be called from any thread.
 class NetworkControl {
 public:
@@ -23,8 +23,8 @@ public:
         int progressMilliseconds = 30'000; ///< a read or write that moves no byte
         std::size_t bodyBytes = 64 * 1024 * 1024; ///< a whole response body
         int closeMilliseconds = 1'000;            ///< closing handshake of the WebSocket
-        int pingIntervalMilliseconds = 30'000;    ///< divided by the time scale
-        int pongMilliseconds = 10'000;            ///< from a ping to its pong; divided by the time scale
+        int pingIntervalMilliseconds = 30'000;    ///< follows TimeScale
+        int pongMilliseconds = 10'000;            ///< from a ping to its pong; follows TimeScale
     };
 
     static NetworkControl& instance();
@@ -41,14 +41,9 @@ public:
     void abort();
     /// Takes abort back.
     void resume();
-    bool isAborted() const { return m_aborted; }
 
     void setLimits(const Limits& limits);
     Limits limits() const;
-
-    /// How much faster than real time pings go; values that are not above 0 count as 1.
-    void setTimeScale(double factor);
-    double timeScale() const { return m_timeScale; }
 
     /// Where the WebSocket takes its certificates from; not owned, null for none.
     void setCertificates(CertificateMgmtSvcIfc* certificates) { m_certificates = certificates; }
@@ -88,7 +83,6 @@ private:
 
     std::atomic<bool> m_up{true};
     std::atomic<bool> m_aborted{false};
-    std::atomic<double> m_timeScale{1.0};
     std::atomic<CertificateMgmtSvcIfc*> m_certificates{nullptr};
 
     const std::unique_ptr<TlsContextCache> m_tlsContexts;

@@ -1,12 +1,14 @@
 #include "network/WebSocketKeepAlive.h"
 
 #include "network/NetworkControl.h"
+#include "threads/TimeScale.h"
 
 #include <algorithm>
 #include <utility>
 
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
+using std::chrono::nanoseconds;
 
 namespace {
 
@@ -18,13 +20,13 @@ bool isFrozen() {
     return !NetworkControl::instance().isInterfaceUp();
 }
 
-milliseconds scaled(int duration) {
-    const double factor = NetworkControl::instance().timeScale();
-    return std::max(milliseconds(1), milliseconds(static_cast<long>(duration / factor)));
+/// A factor that makes it nothing would have the loop do nothing else.
+nanoseconds scaled(milliseconds duration) {
+    return std::max<nanoseconds>(milliseconds(1), TimeScale::scaled(duration));
 }
 
-milliseconds pongLimit() {
-    return scaled(NetworkControl::instance().limits().pongMilliseconds);
+nanoseconds pongLimit() {
+    return scaled(milliseconds(NetworkControl::instance().limits().pongMilliseconds));
 }
 
 } // namespace
@@ -51,7 +53,7 @@ void WebSocketKeepAlive::pongArrived() {
     m_timeoutReported = false;
     // A cancelled timer would still wake the thread up at its time: one that expires at once lets the event loop set
     // the next time anew.
-    m_pongTimer.expires_after(Milliseconds(0));
+    m_pongTimer.expires_after(nanoseconds(0));
     m_pongTimer.async_wait([](const boost::system::error_code&) {});
 }
 
@@ -66,7 +68,7 @@ void WebSocketKeepAlive::interfaceUp() {
 }
 
 void WebSocketKeepAlive::schedulePing() {
-    m_pingTimer.expires_after(scaled(NetworkControl::instance().limits().pingIntervalMilliseconds));
+    m_pingTimer.expires_after(scaled(milliseconds(NetworkControl::instance().limits().pingIntervalMilliseconds)));
     m_pingTimer.async_wait([this, owner = m_owner](const boost::system::error_code& cancelled) {
         const std::shared_ptr<void> alive = owner.lock();
         if (!cancelled && alive && m_running && m_pingTimer.expiry() <= Clock::now()) {
@@ -88,7 +90,7 @@ void WebSocketKeepAlive::onPingDue() {
     schedulePing();
 }
 
-void WebSocketKeepAlive::awaitPong(Milliseconds limit) {
+void WebSocketKeepAlive::awaitPong(nanoseconds limit) {
     m_pongTimer.expires_after(limit);
     m_pongTimer.async_wait([this, owner = m_owner](const boost::system::error_code& cancelled) {
         const std::shared_ptr<void> alive = owner.lock();

@@ -8,7 +8,7 @@
 #include <memory>
 
 /// When pings are due, and when a pong has failed to come. While the interface is down nothing is due; when it is back,
-/// the times begin anew. Used on the thread that runs its context.
+/// the times begin anew. Its times follow TimeScale. Used on the thread that runs its context.
 class WebSocketKeepAlive {
 public:
     WebSocketKeepAlive(boost::asio::io_context& context, std::function<void()> sendPing,
@@ -22,11 +22,9 @@ public:
     void interfaceUp();
 
 private:
-    using Milliseconds = std::chrono::milliseconds;
-
     void schedulePing();
     void onPingDue();
-    void awaitPong(Milliseconds limit);
+    void awaitPong(std::chrono::nanoseconds limit);
     void onPongLimit();
 
     const std::function<void()> m_sendPing;

@@ -16,10 +16,6 @@ void TimeScale::set(double factor) {
     currentFactor = factor;
 }
 
-double TimeScale::factor() {
-    return currentFactor;
-}
-
 std::chrono::nanoseconds TimeScale::scaled(std::chrono::milliseconds duration) {
     const double slowed = std::chrono::duration<double, std::nano>(duration).count() / currentFactor;
     const double longest = std::chrono::duration<double, std::nano>(longestDuration).count();

@@ -55,7 +55,7 @@ TEST_F(KeepAlive, NoPingComesBeforeItsTime) {
 }
 
 TEST_F(KeepAlive, TheTimeScaleShortensPingsAndTheirLimit) {
-    NetworkControl::instance().setTimeScale(1'000); // 30 s become 30 ms, 10 s become 10 ms
+    TimeScale::set(1'000); // 30 s become 30 ms, 10 s become 10 ms
     serveWithholdingPongs();
     open();
     EXPECT_TRUE(app.waitFor("pongTimeout"));

@@ -23,7 +23,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <optional>
 
 /// In the order in which they are built; destroyed in the reverse order.
 struct Telephone::Parts {
@@ -57,7 +56,6 @@ Telephone::~Telephone() {
 bool Telephone::begin(std::string& error, int& exitStatus) {
     exitStatus = 2;
     TimeScale::set(m_options.timeScale);
-    NetworkControl::instance().setTimeScale(m_options.timeScale);
     DeviceIdentity::setModel(m_options.model);
     m_parts = std::make_unique<Parts>(m_options, m_output);
     NetworkControl::instance().setCertificates(&m_parts->certificates);

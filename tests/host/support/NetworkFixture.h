@@ -8,6 +8,7 @@
 #include "support/RecordedHostLog.h"
 #include "support/ScriptedTlsServer.h"
 #include "support/TestCertificates.h"
+#include "threads/TimeScale.h"
 
 #include <gtest/gtest.h>
 
@@ -85,7 +86,7 @@ protected:
         NetworkControl::instance().setLimits(NetworkControl::Limits());
         NetworkControl::instance().setInterfaceUp(true);
         NetworkControl::instance().resume();
-        NetworkControl::instance().setTimeScale(1);
+        TimeScale::set(1);
         service.authorities = certificates().authority().certificate;
     }
     ~NetworkFixture() override {
