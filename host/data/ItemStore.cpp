@@ -4,17 +4,6 @@
 
 namespace {
 
-struct Finalize {
-    void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-};
-using Statement = std::unique_ptr<sqlite3_stmt, Finalize>;
-
-Statement prepare(sqlite3* database, const char* text) {
-    sqlite3_stmt* statement = nullptr;
-    sqlite3_prepare_v2(database, text, -1, &statement, nullptr);
-    return Statement(statement);
-}
-
 /// The text has to outlive the next step.
 void bind(sqlite3_stmt* statement, int index, const std::string& text) {
     sqlite3_bind_text(statement, index, text.data(), static_cast<int>(text.size()), SQLITE_STATIC);
@@ -33,12 +22,15 @@ constexpr int busyMilliseconds = 2000;
 std::unique_ptr<ItemStore> ItemStore::open(const std::string& path, std::string& error) {
     std::unique_ptr<ItemStore> store(new ItemStore);
     const std::string name = path.empty() ? ":memory:" : path;
-    if (sqlite3_open_v2(name.c_str(), &store->m_database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr) !=
-        SQLITE_OK) {
-        error = sqlite3_errmsg(store->m_database);
+    // There is a database to close even when it could not be opened.
+    sqlite3* database = nullptr;
+    const int outcome = sqlite3_open_v2(name.c_str(), &database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
+    store->m_database.reset(database);
+    if (outcome != SQLITE_OK) {
+        error = sqlite3_errmsg(database);
         return nullptr;
     }
-    sqlite3_busy_timeout(store->m_database, busyMilliseconds);
+    sqlite3_busy_timeout(database, busyMilliseconds);
     // The table is written to once, so that a file which cannot be written is found out now.
     if (!store->run("pragma journal_mode=wal", error) || !store->run("pragma synchronous=normal", error) ||
         !store->run("create table if not exists items (key text primary key, value text not null) without rowid",
@@ -47,29 +39,37 @@ std::unique_ptr<ItemStore> ItemStore::open(const std::string& path, std::string&
         return nullptr;
     }
     store->read();
-    store->m_change = prepare(store->m_database, "insert into items (key, value) values (?1, ?2) "
-                                                 "on conflict (key) do update set value=?2")
-                          .release();
+    store->m_change = store->prepare("insert into items (key, value) values (?1, ?2) "
+                                     "on conflict (key) do update set value=?2");
     return store;
 }
 
-ItemStore::~ItemStore() {
-    sqlite3_finalize(m_change);
-    sqlite3_close(m_database);
+void ItemStore::Close::operator()(sqlite3* database) const {
+    sqlite3_close(database);
+}
+
+void ItemStore::Finalize::operator()(sqlite3_stmt* statement) const {
+    sqlite3_finalize(statement);
+}
+
+ItemStore::Statement ItemStore::prepare(const char* text) const {
+    sqlite3_stmt* statement = nullptr;
+    sqlite3_prepare_v2(m_database.get(), text, -1, &statement, nullptr);
+    return Statement(statement);
 }
 
 bool ItemStore::run(const char* statement, std::string& error) {
-    if (sqlite3_exec(m_database, statement, nullptr, nullptr, nullptr) == SQLITE_OK) {
+    if (sqlite3_exec(m_database.get(), statement, nullptr, nullptr, nullptr) == SQLITE_OK) {
         return true;
     }
-    error = sqlite3_errmsg(m_database);
+    error = sqlite3_errmsg(m_database.get());
     return false;
 }
 
 bool ItemStore::check(std::string& error) {
-    const Statement soundness = prepare(m_database, "pragma quick_check(1)");
+    const Statement soundness = prepare("pragma quick_check(1)");
     const std::string finding =
-        sqlite3_step(soundness.get()) == SQLITE_ROW ? columnText(soundness.get(), 0) : sqlite3_errmsg(m_database);
+        sqlite3_step(soundness.get()) == SQLITE_ROW ? columnText(soundness.get(), 0) : sqlite3_errmsg(m_database.get());
     if (finding != "ok") {
         error = finding;
         return false;
@@ -78,7 +78,7 @@ bool ItemStore::check(std::string& error) {
 }
 
 void ItemStore::read() {
-    const Statement statement = prepare(m_database, "select key, value from items");
+    const Statement statement = prepare("select key, value from items");
     while (sqlite3_step(statement.get()) == SQLITE_ROW) {
         m_items.emplace(columnText(statement.get(), 0), columnText(statement.get(), 1));
     }
@@ -90,10 +90,10 @@ std::optional<std::string> ItemStore::get(const std::string& key) const {
 }
 
 bool ItemStore::put(const std::string& key, const std::string& value) {
-    bind(m_change, 1, key);
-    bind(m_change, 2, value);
-    const bool written = sqlite3_step(m_change) == SQLITE_DONE;
-    sqlite3_reset(m_change);
+    bind(m_change.get(), 1, key);
+    bind(m_change.get(), 2, value);
+    const bool written = sqlite3_step(m_change.get()) == SQLITE_DONE;
+    sqlite3_reset(m_change.get());
     if (written) {
         m_items[key] = value;
     }

@@ -16,23 +16,28 @@ public:
     /// written.
     static std::unique_ptr<ItemStore> open(const std::string& path, std::string& error);
 
-    ~ItemStore();
-    ItemStore(const ItemStore&) = delete;
-    ItemStore& operator=(const ItemStore&) = delete;
-
     /// Empty when the item was never set.
     std::optional<std::string> get(const std::string& key) const;
     bool put(const std::string& key, const std::string& value);
     const std::map<std::string, std::string>& all() const { return m_items; }
 
 private:
+    struct Close {
+        void operator()(sqlite3* database) const;
+    };
+    struct Finalize {
+        void operator()(sqlite3_stmt* statement) const;
+    };
+    using Statement = std::unique_ptr<sqlite3_stmt, Finalize>;
+
     ItemStore() = default;
+    Statement prepare(const char* text) const;
     bool run(const char* statement, std::string& error);
     /// Whether the file is sound and its table has the known columns.
     bool check(std::string& error);
     void read();
 
-    sqlite3* m_database = nullptr;              ///< owned, as SQLite's interface has it
-    sqlite3_stmt* m_change = nullptr;           ///< likewise; of one item
+    std::unique_ptr<sqlite3, Close> m_database;
+    Statement m_change;                         ///< of one item; goes before its database
     std::map<std::string, std::string> m_items; ///< what the file holds: a service reads hundreds at its start
 };
