@@ -14,7 +14,6 @@
 #include <atomic>
 #include <chrono>
 #include <exception>
-#include <optional>
 #include <utility>
 #include <vector>
 

@@ -9,7 +9,6 @@
 #include <optional>
 #include <utility>
 
-namespace asio = boost::asio;
 namespace http = boost::beast::http;
 using boost::beast::error_code;
 

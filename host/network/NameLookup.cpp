@@ -6,7 +6,6 @@
 #include <memory>
 #include <system_error>
 #include <thread>
-#include <utility>
 
 namespace {
 

@@ -2,8 +2,6 @@
 
 #include "framework/ProtocolAdapterIfc.h"
 
-#include <string>
-
 /// Messages as one JSON object: {"name":"ageMissedCall","type":0,"parameters":[{"name":"id","kind":"string",
 /// "direction":0,"value":"4711"}]}; kinds "string", "bool" and "int" (32 bits).
 class JsonProtocolAdapter : public ProtocolAdapterIfc {

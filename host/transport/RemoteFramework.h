@@ -12,7 +12,6 @@ class Executable;
 class Invoker;
 class LineConnection;
 class Proxy;
-class ProxyRequest;
 
 /// The framework's side of remote methods: hands messages to a service's invoker and keeps one proxy a subscriber,
 /// bound to the subscriber's connection. Any thread may call the operations.

@@ -11,7 +11,6 @@
 #include <condition_variable>
 #include <functional>
 #include <future>
-#include <memory>
 #include <mutex>
 #include <set>
 #include <stdexcept>

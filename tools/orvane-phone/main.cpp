@@ -11,7 +11,6 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <condition_variable>
 #include <iostream>
 #include <memory>
 #include <mutex>
