@@ -49,34 +49,29 @@ std::optional<std::string> indexBehind(const std::string& text, const std::strin
     return isIndex(index) ? std::optional<std::string>(std::move(index)) : std::nullopt;
 }
 
-} // namespace
-
-std::optional<std::string> ItemNames::keyOf(const std::string& name) {
+/// A text of one column in the other column's words; an index goes along.
+std::optional<std::string> translated(const std::string& text, std::string Item::* from, std::string Item::* to) {
     for (const Item& item : items()) {
-        if (!item.indexed && name == item.name) {
-            return item.key;
+        if (!item.indexed && text == item.*from) {
+            return item.*to;
         }
         if (item.indexed) {
-            if (const auto index = indexBehind(name, item.name)) {
-                return item.key + *index;
+            if (const auto index = indexBehind(text, item.*from)) {
+                return item.*to + *index;
             }
         }
     }
     return std::nullopt;
 }
 
+} // namespace
+
+std::optional<std::string> ItemNames::keyOf(const std::string& name) {
+    return translated(name, &Item::name, &Item::key);
+}
+
 std::string ItemNames::nameOf(const std::string& key) {
-    for (const Item& item : items()) {
-        if (!item.indexed && key == item.key) {
-            return item.name;
-        }
-        if (item.indexed) {
-            if (const auto index = indexBehind(key, item.key)) {
-                return item.name + *index;
-            }
-        }
-    }
-    return key;
+    return translated(key, &Item::key, &Item::name).value_or(key);
 }
 
 bool ItemNames::isKnownKey(const std::string& key) {

@@ -163,7 +163,7 @@ private:
         const int room = std::max(leftColumns() - fixed, 0);
         std::string party = call.party();
         if (call.hasLine()) {
-            party += " @ " + (call.lineTag.empty() || call.lineTag == "Unknown.Name" ? call.lineNumber : call.lineTag);
+            party += " @ " + call.lineLabel();
         }
         const int numberColumns = 16;
         const bool numberFits = room >= 20 + numberColumns;

@@ -1,5 +1,7 @@
 #include "orvane-phone/TextWidth.h"
 
+#include "utilities/JsonText.h"
+
 #include <algorithm>
 #include <array>
 #include <vector>
@@ -16,7 +18,6 @@ struct Range {
     char32_t last;
 };
 
-constexpr const char* replacement = "\xEF\xBF\xBD";
 constexpr const char* ellipsis = "\xE2\x80\xA6";
 
 bool isIn(char32_t codePoint, const Range* begin, const Range* end) {
@@ -42,51 +43,32 @@ int columnsOfCharacter(char32_t codePoint) {
     return isIn(codePoint, wide.data(), wide.data() + wide.size()) ? 2 : 1;
 }
 
-/// Length of the UTF-8 sequence at `position`, with its code point; 0 when there is none.
-std::size_t readSequence(const std::string& text, std::size_t position, char32_t& codePoint) {
-    static constexpr std::array<char32_t, 5> smallest = {0, 0, 0x80, 0x800, 0x10000};
+/// The code point at `position` of a text in UTF-8, and the length of its sequence.
+char32_t codePointAt(const std::string& text, std::size_t position, std::size_t& length) {
     const auto lead = static_cast<unsigned char>(text[position]);
-    const std::size_t length = lead < 0x80   ? 1
-                               : lead < 0xC2 ? 0
-                               : lead < 0xE0 ? 2
-                               : lead < 0xF0 ? 3
-                               : lead < 0xF5 ? 4
-                                             : 0;
-    if (length == 0 || position + length > text.size()) {
-        return 0;
-    }
-    codePoint = length == 1 ? lead : lead & (0xFFU >> (length + 1));
+    length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+    char32_t codePoint = length == 1 ? lead : lead & (0xFFU >> (length + 1));
     for (std::size_t index = 1; index < length; ++index) {
-        const auto next = static_cast<unsigned char>(text[position + index]);
-        if ((next & 0xC0U) != 0x80U) {
-            return 0;
-        }
-        codePoint = codePoint << 6U | (next & 0x3FU);
+        codePoint = codePoint << 6U | (static_cast<unsigned char>(text[position + index]) & 0x3FU);
     }
-    const bool isSurrogate = codePoint >= 0xD800 && codePoint < 0xE000;
-    return codePoint < smallest[length] || codePoint > 0x10FFFF || isSurrogate ? 0 : length;
+    return codePoint;
 }
 
 bool isControl(char32_t codePoint) {
     return codePoint < 0x20 || (codePoint >= 0x7F && codePoint < 0xA0);
 }
 
-std::vector<Character> charactersOf(const std::string& text) {
+std::vector<Character> charactersOf(const std::string& anyText) {
+    const std::string text = JsonText::validUtf8(anyText);
     std::vector<Character> characters;
-    for (std::size_t position = 0; position < text.size();) {
-        char32_t codePoint = 0;
-        const std::size_t length = readSequence(text, position, codePoint);
-        if (length == 0) {
-            characters.push_back({replacement, 1});
-            ++position;
-            continue;
-        }
+    std::size_t length = 0;
+    for (std::size_t position = 0; position < text.size(); position += length) {
+        const char32_t codePoint = codePointAt(text, position, length);
         if (isControl(codePoint)) {
             characters.push_back({" ", 1});
         } else {
             characters.push_back({text.substr(position, length), columnsOfCharacter(codePoint)});
         }
-        position += length;
     }
     return characters;
 }

@@ -25,17 +25,6 @@ int indexBehind(const std::string& name, const std::string& front) {
     return name.rfind(front, 0) == 0 && name.size() > front.size() ? ClientUtils::stoi(name.substr(front.size())) : -1;
 }
 
-std::vector<std::string> splitAtCommas(const std::string& text) {
-    std::vector<std::string> parts;
-    std::size_t begin = 0;
-    for (std::size_t comma = text.find(','); comma != std::string::npos; comma = text.find(',', begin)) {
-        parts.push_back(text.substr(begin, comma - begin));
-        begin = comma + 1;
-    }
-    parts.push_back(text.substr(begin));
-    return parts;
-}
-
 std::string describe(const ViewModel::Call& call) {
     std::string text = call.type + ", " + call.party();
     if (call.hasName() && call.hasNumber()) {
@@ -92,6 +81,10 @@ bool ViewModel::Call::hasLine() const {
     return !lineNumber.empty() && lineNumber != unknownName;
 }
 
+std::string ViewModel::Call::lineLabel() const {
+    return lineTag.empty() || lineTag == unknownName ? lineNumber : lineTag;
+}
+
 std::string ViewModel::Call::party() const {
     if (hasName()) {
         return name;
@@ -103,7 +96,8 @@ bool ViewModel::parseCall(const std::string& record, Call& call) {
     if (record.size() < 2 || record.front() != '{' || record.back() != '}') {
         return false;
     }
-    const std::vector<std::string> parts = splitAtCommas(record.substr(1, record.size() - 2));
+    std::vector<std::string> parts;
+    ClientUtils::tokenizeString(record.substr(1, record.size() - 2), ",", parts);
     if (parts.size() < fieldCount) {
         return false;
     }

@@ -25,6 +25,8 @@ public:
         bool hasNumber() const;
         /// On a shared line.
         bool hasLine() const;
+        /// Its tag, else its number.
+        std::string lineLabel() const;
         /// Name, else number, else "unknown caller".
         std::string party() const;
     };
