@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <utility>
-#include <vector>
 
 namespace {
 
@@ -72,6 +71,15 @@ std::optional<std::string> ItemNames::keyOf(const std::string& name) {
 
 std::string ItemNames::nameOf(const std::string& key) {
     return translated(key, &Item::key, &Item::name).value_or(key);
+}
+
+std::vector<std::string> ItemNames::forms(const std::string& index) {
+    std::vector<std::string> all;
+    all.reserve(items().size());
+    for (const Item& item : items()) {
+        all.push_back(item.indexed ? item.name + index : item.name);
+    }
+    return all;
 }
 
 bool ItemNames::isKnownKey(const std::string& key) {

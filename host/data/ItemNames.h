@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 /// Names of the configuration items as a person writes them: the constant's name in PldsTags, with the index behind
 /// it for indexed items ("FUNCTION_KEY_ID100"), or the bare key of an item without a constant.
@@ -12,6 +13,9 @@ public:
 
     /// The inverse; an unknown key names itself.
     static std::string nameOf(const std::string& key);
+
+    /// Every name, indexed ones with `index` behind them.
+    static std::vector<std::string> forms(const std::string& index);
 
     static bool isKnownKey(const std::string& key);
 };

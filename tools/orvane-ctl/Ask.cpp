@@ -2,6 +2,7 @@
 
 #include "events/JsonLine.h"
 #include "transport/PeerJson.h"
+#include "usage/ExitStatus.h"
 
 #include <iostream>
 
@@ -13,7 +14,7 @@ constexpr int sequence = 1;
 
 int fail(const std::string& reason) {
     std::cerr << "orvane-ctl: " << reason << '\n';
-    return 1;
+    return FAILED;
 }
 
 /// The parameters of a reply, by name.
@@ -31,7 +32,7 @@ int reportRefusals(const Json& refusals) {
         std::cerr << "orvane-ctl: " << (name.empty() ? "the group" : name) << ": "
                   << refusal.at("reason").get<std::string>() << '\n';
     }
-    return refusals.empty() ? 0 : 1;
+    return refusals.empty() ? GOOD : FAILED;
 }
 
 int report(const Json& reply) {
@@ -41,7 +42,7 @@ int report(const Json& reply) {
     if (!reply.empty()) {
         std::cout << jsonLine(reply) << '\n';
     }
-    return reply.value("result", true) ? 0 : 1;
+    return reply.value("result", true) ? GOOD : FAILED;
 }
 
 /// Reads up to the end of the answer.
@@ -68,7 +69,7 @@ int readAnswer(ControlClient& client, bool isCall, ControlClient::TimePoint unti
         }
         if (isCall && answer.contains("end")) {
             std::cout << jsonLine(callReply) << '\n';
-            return 0;
+            return GOOD;
         }
     }
 }

@@ -3,6 +3,8 @@
 #include "data/ItemNames.h"
 #include "orvane-ctl/CallParameters.h"
 #include "transport/ControlServer.h"
+#include "usage/ExitStatus.h"
+#include "usage/ItemFooter.h"
 
 #include <CLI/CLI.hpp>
 
@@ -102,10 +104,12 @@ private:
     void addItems(Arguments& arguments) {
         CLI::App* configure = add("configure", "deliver items to the service, in this order, then their group",
                                   [this, &arguments] { message(configureMessage(arguments, m_error)); });
+        configure->footer(itemFooter());
         configure->add_option("--group", arguments.group, "name of the group")->capture_default_str();
         configure->add_option("ITEM=VALUE", arguments.pairs, "items and their values")->required();
         CLI::App* item = add("item", "print one item, or write it",
                              [this, &arguments] { message(itemMessage(arguments, m_error)); });
+        item->footer(itemFooter());
         item->add_option("NAME[=VALUE]", arguments.first, "the item, with its value to write it")->required();
         add("reset-user-data", "have the service forget its user",
             [this] { message({{"command", "reset-user-data"}}); });
@@ -148,7 +152,7 @@ private:
 
 bool fail(const std::string& reason, int& exitStatus) {
     std::cerr << "orvane-ctl: " << reason << '\n';
-    exitStatus = 2;
+    exitStatus = BAD_USAGE;
     return false;
 }
 
@@ -157,6 +161,7 @@ bool fail(const std::string& reason, int& exitStatus) {
 bool readCommandLine(int argumentCount, char** argumentTexts, Request& request, int& exitStatus) {
     CLI::App app("Calls a telephone's remote methods, observes it, and pushes its buttons.", "orvane-ctl");
     app.require_subcommand(1);
+    app.footer(exitStatusHelp); // the commands inherit it
     request.control = ControlServer::defaultPath();
     app.add_option("--control", request.control, "the telephone's control socket")->capture_default_str();
     app.add_option("--timeout", request.timeoutSeconds, "seconds to wait for an answer")

@@ -5,6 +5,7 @@
 #include "framework/Method.h"
 #include "transport/JsonProtocolAdapter.h"
 #include "transport/PeerJson.h"
+#include "usage/ExitStatus.h"
 #include "utilities/Serializer.h"
 
 #include <algorithm>
@@ -106,13 +107,13 @@ void printEvent(const std::string& event) {
 /// The exit status when the subscription did not come about.
 int giveUp(Outcome outcome) {
     if (outcome == Outcome::SIGNALLED) {
-        return 0;
+        return GOOD;
     }
     if (outcome != Outcome::REFUSED) {
         std::cerr << "orvane-ctl: " << (outcome == Outcome::GONE ? "the telephone has ended" : "no answer in time")
                   << '\n';
     }
-    return 1;
+    return FAILED;
 }
 
 } // namespace
@@ -176,11 +177,11 @@ int observe(ControlClient& client, ControlClient::TimePoint until) {
             events.clear();
             awaitEnd(client, sequence, soon, false, events);
             std::for_each(events.begin(), events.end(), printEvent);
-            return 0;
+            return GOOD;
         }
         if (reading == ControlClient::Reading::ENDED) {
             std::cerr << "orvane-ctl: the telephone has ended" << '\n';
-            return 1;
+            return FAILED;
         }
     }
 }

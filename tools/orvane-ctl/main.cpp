@@ -2,12 +2,13 @@
 #include "orvane-ctl/CommandLine.h"
 #include "orvane-ctl/ControlClient.h"
 #include "orvane-ctl/Observe.h"
+#include "usage/ExitStatus.h"
 
 #include <iostream>
 
 int main(int argumentCount, char** arguments) {
     Request request;
-    int exitStatus = 0;
+    int exitStatus = GOOD;
     if (!readCommandLine(argumentCount, arguments, request, exitStatus)) {
         return exitStatus;
     }
@@ -16,7 +17,7 @@ int main(int argumentCount, char** arguments) {
     const auto until = ControlClient::deadline(request.timeoutSeconds);
     if (!client.connect(request.control, until, error)) {
         std::cerr << "orvane-ctl: " << error << '\n';
-        return 1;
+        return FAILED;
     }
     return request.observe ? observe(client, until) : ask(client, request, until);
 }

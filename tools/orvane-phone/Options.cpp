@@ -4,6 +4,8 @@
 #include "network/ServerAddress.h"
 #include "network/TlsContext.h"
 #include "transport/ControlServer.h"
+#include "usage/ExitStatus.h"
+#include "usage/ItemFooter.h"
 
 #include <CLI/CLI.hpp>
 
@@ -80,6 +82,7 @@ std::string findFault(const std::vector<std::string>& items, Options& options) {
 bool readOptions(int argumentCount, char** arguments, Options& options, int& exitStatus) {
     CLI::App app("Plays a SIP desk telephone on a PC: loads the Orvane Service and shows what it does.",
                  "orvane-phone");
+    app.footer(itemFooter());
     std::vector<std::string> items;
     options.service = defaultServiceLibrary();
     options.control = ControlServer::defaultPath();
@@ -92,7 +95,7 @@ bool readOptions(int argumentCount, char** arguments, Options& options, int& exi
     app.add_option("--store", options.store, "file of the configuration store; in memory without it");
     app.add_option("--service", options.service, "the service's library")->capture_default_str();
     app.add_option("--control", options.control, "control socket for orvane-ctl")->capture_default_str();
-    app.add_option("--set", items, "ITEM=VALUE, a configuration item to begin with; repeatable")
+    app.add_option("--set", items, "ITEM=VALUE, a configuration item to begin with, see below; repeatable")
         ->take_all()
         ->allow_extra_args(false);
     app.add_option("--without", options.absentServices, "leave a sibling service out; repeatable")
@@ -116,13 +119,13 @@ bool readOptions(int argumentCount, char** arguments, Options& options, int& exi
         return false;
     } catch (const CLI::ParseError& parseError) {
         std::cerr << "orvane-phone: " << parseError.what() << '\n';
-        exitStatus = 2;
+        exitStatus = BAD_USAGE;
         return false;
     }
     const std::string fault = findFault(items, options);
     if (!fault.empty()) {
         std::cerr << "orvane-phone: " << fault << '\n';
-        exitStatus = 2;
+        exitStatus = BAD_USAGE;
         return false;
     }
     return true;

@@ -19,6 +19,7 @@
 #include "threads/TimeScale.h"
 #include "transport/ControlServer.h"
 #include "transport/RemoteFramework.h"
+#include "usage/ExitStatus.h"
 #include "utilities/DeviceIdentity.h"
 
 #include <algorithm>
@@ -54,7 +55,7 @@ Telephone::~Telephone() {
 }
 
 bool Telephone::begin(std::string& error, int& exitStatus) {
-    exitStatus = 2;
+    exitStatus = BAD_USAGE;
     TimeScale::set(m_options.timeScale);
     DeviceIdentity::setModel(m_options.model);
     m_parts = std::make_unique<Parts>(m_options, m_output);
@@ -105,7 +106,7 @@ bool Telephone::listen(std::string& error, int& exitStatus) {
         m_options.control,
         [&commands](LineConnection& connection, const std::string& line) { commands.handle(connection, line); },
         [&commands](LineConnection& connection) { commands.clientEnded(connection); }, error);
-    exitStatus = outcome == ControlServer::Listening::OCCUPIED ? 1 : 2;
+    exitStatus = outcome == ControlServer::Listening::OCCUPIED ? FAILED : BAD_USAGE;
     return outcome == ControlServer::Listening::BEGUN;
 }
 

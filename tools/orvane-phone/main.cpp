@@ -5,6 +5,7 @@
 
 #include "logging/LogSink.h"
 #include "network/ChannelState.h"
+#include "usage/ExitStatus.h"
 
 #include <csignal>
 #include <ctime>
@@ -41,10 +42,10 @@ bool endSignalCame(const sigset_t& signals) {
 void leaveAtOnce(Output& output) {
     std::thread([&output] {
         output.stopped();
-        ::_exit(1);
+        ::_exit(FAILED);
     }).detach();
     std::this_thread::sleep_for(lastLineLimit);
-    ::_exit(1);
+    ::_exit(FAILED);
 }
 
 /// Ends the process when the telephone does not come down in time, or when a second signal asks for it.
@@ -91,7 +92,7 @@ int runUntilEnd(const Options& options, Telephone& telephone, Output& output, co
         // Nothing to look at: an idle telephone sleeps.
         int signal = 0;
         sigwait(&signals, &signal);
-        return 0;
+        return GOOD;
     }
     const auto limit = std::chrono::steady_clock::now() + onceLimit;
     while (!endSignalCame(signals)) {
@@ -101,14 +102,14 @@ int runUntilEnd(const Options& options, Telephone& telephone, Output& output, co
         }
         if (telephone.hasFirstLoginEnded()) {
             output.summary();
-            return telephone.isRunning() ? 0 : 1;
+            return telephone.isRunning() ? GOOD : FAILED;
         }
         if (std::chrono::steady_clock::now() > limit) {
             std::cerr << "orvane-phone: no login within 30 s" << '\n';
-            return 1;
+            return FAILED;
         }
     }
-    return 0;
+    return GOOD;
 }
 
 } // namespace
@@ -120,14 +121,14 @@ int main(int argumentCount, char** arguments) {
     std::signal(SIGPIPE, SIG_IGN);
 
     Options options;
-    int exitStatus = 0;
+    int exitStatus = GOOD;
     if (!readOptions(argumentCount, arguments, options, exitStatus)) {
         return exitStatus;
     }
     std::string error;
     if (!LogSink::configure({options.logLevel, options.logFile, options.logSecrets}, error)) {
         std::cerr << "orvane-phone: cannot write the log: " << error << '\n';
-        return 2;
+        return BAD_USAGE;
     }
     std::unique_ptr<Output> output;
     if (options.json) {
