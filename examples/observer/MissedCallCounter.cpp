@@ -3,8 +3,8 @@
 #include "OrvaneServiceObserverIfc.h"
 #include "framework/Context.h"
 #include "framework/Service.h"
+#include "logging/Logging.h"
 
-#include <atomic>
 #include <map>
 #include <set>
 #include <string>
@@ -49,7 +49,7 @@ public:
     }
 
 private:
-    // The calls come one at a time, so the set needs no lock of its own; the count is for other threads.
+    // The calls come one at a time, so the set needs no lock of its own.
     void apply(const std::vector<std::string>& records) {
         for (const std::string& record : records) {
             if (record.empty() || record.front() != '{') {
@@ -66,14 +66,14 @@ private:
                 m_missed.insert(record.substr(typeEnd + 1, idEnd - typeEnd - 1));
             }
         }
-        m_count = m_missed.size();
+        logAppLine("Missed Calls", __FILE__, statusLevel, __LINE__, "%zu missed calls", m_missed.size());
     }
 
     static constexpr const char* missedCallType = "Missed";
+    static constexpr int statusLevel = 4;
 
     OrvaneServiceIfc* m_orvane = nullptr; // not owned
     std::set<std::string> m_missed;
-    std::atomic<std::size_t> m_count{0};
 };
 
 } // namespace
