@@ -48,8 +48,37 @@ class BadInput(TelephoneCase):
     def test_a_server_without_tls(self):
         self.assert_bad_usage(self.phone("--server", "http://127.0.0.1:1"), "http")
 
+    def test_a_server_with_a_path(self):
+        for path in ("/some/path", "/some/path?x", "?x", "//"):
+            self.assert_bad_usage(self.phone("--server", "https://127.0.0.1:1" + path), "--server", "host")
+
+    def test_a_trailing_slash_of_a_server_is_ignored(self):
+        result = run(self.phone("--server", "https://127.0.0.1:1/", "--service", f"{self.directory}/none.so"))
+        self.assertIn("none.so", result.stderr)
+        self.assertNotIn("--server", result.stderr)
+
+    def test_options_that_name_no_file(self):
+        for option in ("--cert", "--key", "--service"):
+            self.assert_bad_usage(self.phone(option, ""), option)
+        arguments = self.phone()
+        arguments[arguments.index("--ca") + 1] = ""
+        self.assert_bad_usage(arguments, "--ca")
+
     def test_an_unknown_option(self):
         self.assert_bad_usage(self.phone("--no-such-option"), "--no-such-option")
+        self.assert_bad_usage([BIN_DIR / "orvane-phone", "--no-such-option"], "--no-such-option")
+
+    def test_an_unknown_command(self):
+        for argument in ("bogus", "--bogus"):
+            self.assert_bad_usage([BIN_DIR / "orvane-ctl", argument], argument)
+        self.assert_bad_usage([BIN_DIR / "orvane-ctl", "overview", "--bogus"], "--bogus")
+
+    def test_a_missing_command(self):
+        self.assert_bad_usage([BIN_DIR / "orvane-ctl"], "A subcommand is required")
+
+    def test_a_time_limit_that_is_none(self):
+        for limit in ("nan", "-nan", "0", "inf", "x"):
+            self.assert_bad_usage([BIN_DIR / "orvane-ctl", "--timeout", limit, "status"], "--timeout")
 
     def test_a_log_level_out_of_range(self):
         self.assert_bad_usage(self.phone("--log-level", "9"))

@@ -5,10 +5,11 @@
 #include "transport/ControlServer.h"
 #include "usage/ExitStatus.h"
 #include "usage/ItemFooter.h"
+#include "usage/ParseArguments.h"
 
 #include <CLI/CLI.hpp>
 
-#include <iostream>
+#include <cmath>
 #include <vector>
 
 namespace {
@@ -150,12 +151,6 @@ private:
     std::string m_error;
 };
 
-bool fail(const std::string& reason, int& exitStatus) {
-    std::cerr << "orvane-ctl: " << reason << '\n';
-    exitStatus = BAD_USAGE;
-    return false;
-}
-
 } // namespace
 
 bool readCommandLine(int argumentCount, char** argumentTexts, Request& request, int& exitStatus) {
@@ -169,13 +164,11 @@ bool readCommandLine(int argumentCount, char** argumentTexts, Request& request, 
         ->capture_default_str();
     Arguments arguments;
     const Commands commands(app, arguments, request);
-    try {
-        app.parse(argumentCount, argumentTexts);
-    } catch (const CLI::Success& success) {
-        exitStatus = app.exit(success);
+    if (!parseArguments(app, argumentCount, argumentTexts, exitStatus)) {
         return false;
-    } catch (const CLI::ParseError& parseError) {
-        return fail(parseError.what(), exitStatus);
     }
-    return commands.error().empty() || fail(commands.error(), exitStatus);
+    if (std::isnan(request.timeoutSeconds)) {
+        return refuseArguments(app, "--timeout wants a number", exitStatus);
+    }
+    return commands.error().empty() || refuseArguments(app, commands.error(), exitStatus);
 }

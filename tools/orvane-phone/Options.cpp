@@ -4,8 +4,8 @@
 #include "network/ServerAddress.h"
 #include "network/TlsContext.h"
 #include "transport/ControlServer.h"
-#include "usage/ExitStatus.h"
 #include "usage/ItemFooter.h"
+#include "usage/ParseArguments.h"
 
 #include <CLI/CLI.hpp>
 
@@ -14,7 +14,6 @@
 #include <climits>
 #include <cmath>
 #include <fstream>
-#include <iostream>
 
 namespace {
 
@@ -47,6 +46,20 @@ std::string readItem(const std::string& text, Options& options) {
     return std::string();
 }
 
+/// What stands behind the host would be dropped without a word.
+std::string findServerFault(const std::string& server) {
+    std::string error;
+    const auto address = ServerAddress::parse(server, "https", error);
+    if (address && !address->path.empty() && address->path != "/") {
+        error = "only a host and a port can be given";
+    }
+    return error.empty() ? error : "--server " + server + ": " + error;
+}
+
+std::string findEmptyFileName(const std::string& name) {
+    return name.empty() ? "names no file" : std::string();
+}
+
 /// One clear sentence about what is wrong, or nothing.
 std::string findFault(const std::vector<std::string>& items, Options& options) {
     for (const std::string& item : items) {
@@ -58,9 +71,9 @@ std::string findFault(const std::vector<std::string>& items, Options& options) {
     if (std::isnan(options.timeScale)) {
         return "--time-scale wants a number";
     }
-    std::string error;
-    if (!options.server.empty() && !ServerAddress::parse(options.server, "https", error)) {
-        return "--server " + options.server + ": " + error;
+    const std::string serverFault = options.server.empty() ? std::string() : findServerFault(options.server);
+    if (!serverFault.empty()) {
+        return serverFault;
     }
     for (const std::string& file : {options.authorities, options.certificate, options.key, options.service}) {
         if (!file.empty() && ::access(file.c_str(), R_OK) != 0) {
@@ -71,6 +84,7 @@ std::string findFault(const std::vector<std::string>& items, Options& options) {
     if (!options.logFile.empty() && !std::ofstream(options.logFile, std::ios::app)) {
         return "cannot write the log file " + options.logFile;
     }
+    std::string error;
     if (!TlsContext::make(options.authorities, options.certificate, options.key, error)) {
         return error;
     }
@@ -87,13 +101,18 @@ bool readOptions(int argumentCount, char** arguments, Options& options, int& exi
     options.service = defaultServiceLibrary();
     options.control = ControlServer::defaultPath();
     app.add_option("--server", options.server, "the cloud's address, https://HOST[:PORT] or HOST[:PORT]");
-    app.add_option("--ca", options.authorities, "certificate authorities to trust, a PEM file")->required();
-    app.add_option("--cert", options.certificate, "the telephone's own certificate, a PEM file");
-    app.add_option("--key", options.key, "private key of that certificate, a PEM file");
+    app.add_option("--ca", options.authorities, "certificate authorities to trust, a PEM file")
+        ->required()
+        ->check(findEmptyFileName);
+    app.add_option("--cert", options.certificate, "the telephone's own certificate, a PEM file")
+        ->check(findEmptyFileName);
+    app.add_option("--key", options.key, "private key of that certificate, a PEM file")->check(findEmptyFileName);
     app.add_option("--model", options.model, "the telephone's model, such as KD24")->required();
     app.add_option("--mac", options.mac, "the telephone's MAC address")->required();
     app.add_option("--store", options.store, "file of the configuration store; in memory without it");
-    app.add_option("--service", options.service, "the service's library")->capture_default_str();
+    app.add_option("--service", options.service, "the service's library")
+        ->check(findEmptyFileName)
+        ->capture_default_str();
     app.add_option("--control", options.control, "control socket for orvane-ctl")->capture_default_str();
     app.add_option("--set", items, "ITEM=VALUE, a configuration item to begin with, see below; repeatable")
         ->take_all()
@@ -112,21 +131,9 @@ bool readOptions(int argumentCount, char** arguments, Options& options, int& exi
         ->capture_default_str();
     app.add_option("--log-file", options.logFile, "write the log there instead of standard error");
     app.add_flag("--log-secrets", options.logSecrets, "leave tokens readable in the log");
-    try {
-        app.parse(argumentCount, arguments);
-    } catch (const CLI::Success& success) {
-        exitStatus = app.exit(success);
-        return false;
-    } catch (const CLI::ParseError& parseError) {
-        std::cerr << "orvane-phone: " << parseError.what() << '\n';
-        exitStatus = BAD_USAGE;
+    if (!parseArguments(app, argumentCount, arguments, exitStatus)) {
         return false;
     }
     const std::string fault = findFault(items, options);
-    if (!fault.empty()) {
-        std::cerr << "orvane-phone: " << fault << '\n';
-        exitStatus = BAD_USAGE;
-        return false;
-    }
-    return true;
+    return fault.empty() || refuseArguments(app, fault, exitStatus);
 }
