@@ -139,6 +139,30 @@ class Calls(RemoteCase):
         self.assertEqual("{}", phone.ctl("raw", raw).stdout.strip())
         self.assertTrue(phone.alive())
 
+    def test_a_number_that_does_not_fit_is_refused(self):
+        self.start_cloud(calls=1)
+        phone = self.start_phone(log_level=2)
+        client = self.connect_raw(phone)
+        stream = client.makefile("rw", encoding="utf-8", newline="\n")
+
+        def answer(message):
+            stream.write(message + "\n")
+            stream.flush()
+            return json.loads(stream.readline())
+
+        status = '{"seq":%s,"command":"item","name":"SERVER_TYPE"}'
+        for sequence in (9223372036854775807, -9223372036854775808):
+            self.assertEqual(sequence, answer(status % sequence)["seq"])
+        for sequence in (9223372036854775808, 18446744073709551615, "1e3", 10 ** 30):
+            self.assertEqual({"error": "the message cannot be read"}, answer(status % sequence))
+        overview = ('{"seq":1,"command":"overview","uri":"a@b","description":"A","visible":true,'
+                    '"position":%s,"alert":%s}')
+        for position, alert in ((2147483647, 0), (-2147483648, 2)):
+            self.assertEqual({"seq": 1, "reply": {}}, answer(overview % (position, alert)))
+        for position, alert in ((2147483648, 0), (99999999999, 0), (18446744073709551615, 0), (1.5, 0), ("true", 0),
+                                (1, 3), (1, -1), (1, 99), (1, 4294967297)):
+            self.assertEqual({"seq": 1, "error": "the command cannot be read"}, answer(overview % (position, alert)))
+
     def test_a_text_that_does_not_decode_gets_an_end_and_no_reply(self):
         self.start_cloud(calls=1)
         phone = self.start_phone(log_level=2)

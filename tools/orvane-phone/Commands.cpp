@@ -16,11 +16,29 @@
 #include "transport/PeerJson.h"
 #include "transport/RemoteFramework.h"
 
+#include <limits>
+#include <optional>
+
 namespace {
 
 using Json = nlohmann::ordered_json;
 
 constexpr const char* storeFailure = "the store cannot be written";
+constexpr const char* unreadable = "the command cannot be read";
+
+using Number = std::numeric_limits<long long>;
+
+/// The whole number, if it fits: the JSON library would cut off what does not.
+std::optional<long long> wholeNumber(const Json& value, long long lowest = Number::min(),
+                                     long long highest = Number::max()) {
+    const bool isTooLarge =
+        value.is_number_unsigned() && value.get<unsigned long long>() > static_cast<unsigned long long>(Number::max());
+    if (!value.is_number_integer() || isTooLarge) {
+        return std::nullopt;
+    }
+    const auto number = value.get<long long>();
+    return number < lowest || number > highest ? std::nullopt : std::make_optional(number);
+}
 
 /// For those who look at the telephone: what was not written by the service is not reported.
 void tellStored(const Commands::Parts& parts, const std::string& key) {
@@ -98,9 +116,17 @@ Json overview(const Commands::Parts& parts, const Json& request, std::string& er
     const auto uri = request.at("uri").get<std::string>();
     const auto description = request.at("description").get<std::string>();
     const bool visible = request.at("visible").get<bool>();
-    const int position = request.at("position").get<int>();
-    const auto alert = static_cast<ELineVisualAlert>(request.at("alert").get<int>());
-    parts.siblings->raise([=] { listener->overviewChangedNotification(uri, description, visible, position, alert); });
+    using Position = std::numeric_limits<int>;
+    const auto position = wholeNumber(request.at("position"), Position::min(), Position::max());
+    const auto alert = wholeNumber(request.at("alert"), LINE_VISUAL_ALERT_NONE, LINE_VISUAL_ALERT_POPUP);
+    if (!position || !alert) {
+        error = unreadable;
+        return {};
+    }
+    parts.siblings->raise([=] {
+        listener->overviewChangedNotification(uri, description, visible, static_cast<int>(*position),
+                                              static_cast<ELineVisualAlert>(*alert));
+    });
     return Json::object();
 }
 
@@ -154,7 +180,7 @@ Json answerTo(const Commands::Parts& parts, const Json& request, long long seque
     try {
         reply = run(parts, request, error);
     } catch (const Json::exception&) {
-        error = "the command cannot be read";
+        error = unreadable;
     }
     if (error.empty()) {
         return {{"seq", sequence}, {"reply", std::move(reply)}};
@@ -184,7 +210,8 @@ bool Commands::waitUntilOpen() {
 
 void Commands::handle(LineConnection& connection, const std::string& line) {
     const Json request = PeerJson::parse(line);
-    if (!request.is_object() || !request.contains("seq") || !request["seq"].is_number_integer()) {
+    const auto sequence = request.is_object() && request.contains("seq") ? wholeNumber(request["seq"]) : std::nullopt;
+    if (!sequence) {
         HOST_LOG(HostLog::ERROR, "%s sent a message of %zu bytes that cannot be read", connection.name().c_str(),
                  line.size());
         connection.send("{\"error\":\"the message cannot be read\"}");
@@ -193,16 +220,15 @@ void Commands::handle(LineConnection& connection, const std::string& line) {
     if (!waitUntilOpen()) {
         return;
     }
-    const auto sequence = request["seq"].get<long long>();
     const bool isRaw = request.contains("raw") && request["raw"].is_string();
     if (!isRaw && !request.contains("method")) {
-        connection.send(jsonLine(answerTo(m_parts, request, sequence)));
+        connection.send(jsonLine(answerTo(m_parts, request, *sequence)));
     } else if (m_parts.remote->isCallable()) {
-        m_parts.remote->call(connection, sequence,
+        m_parts.remote->call(connection, *sequence,
                              isRaw ? request["raw"].get<std::string>() : jsonLine(request["method"]));
     } else {
         connection.send(jsonLine(
-            Json{{"seq", sequence},
+            Json{{"seq", *sequence},
                  {"error", "the service's library has no createOrvaneServiceInvoker: nothing can be called"}}));
     }
 }
