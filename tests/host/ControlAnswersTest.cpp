@@ -23,11 +23,11 @@ protected:
                       [](LineConnection&) {}, error))
             << error;
     }
-    int control(const std::string& command) {
-        return Process({ORVANE_CTL, "--control", m_folder.file("socket"), command}, m_folder.file("out"),
-                       m_folder.file("err"))
+    int control(const std::string& command, const std::string& output) {
+        return Process({ORVANE_CTL, "--control", m_folder.file("socket"), command}, output, m_folder.file("err"))
             .wait();
     }
+    int control(const std::string& command) { return control(command, m_folder.file("out")); }
 
     TemporaryFolder m_folder;
     ControlServer m_server;
@@ -54,4 +54,24 @@ TEST_F(StrangeTelephone, IsQuotedWhenItsErrorIsAText) {
 
     EXPECT_EQ(1, control("observe"));
     EXPECT_EQ((Lines{"orvane-ctl: not today"}), linesOf(m_folder.file("err")));
+}
+
+TEST_F(StrangeTelephone, IsNotAnsweredForWhenStandardOutputIsFull) {
+    const Lines report{"orvane-ctl: cannot write to standard output: No space left on device"};
+
+    answerWith(R"({"seq":1,"reply":{"running":true},"end":true})");
+    EXPECT_EQ(1, control("status", "/dev/full"));
+    EXPECT_EQ(report, linesOf(m_folder.file("err")));
+
+    EXPECT_EQ(1, control("observe", "/dev/full"));
+    EXPECT_EQ(report, linesOf(m_folder.file("err")));
+}
+
+TEST(Help, IsNotGivenWhenStandardOutputIsFull) {
+    const TemporaryFolder folder;
+
+    EXPECT_EQ(1, Process({ORVANE_CTL, "--help"}, "/dev/full", folder.file("err")).wait());
+
+    EXPECT_EQ((Lines{"orvane-ctl: cannot write to standard output: No space left on device"}),
+              linesOf(folder.file("err")));
 }

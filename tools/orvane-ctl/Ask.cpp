@@ -3,6 +3,7 @@
 #include "events/JsonLine.h"
 #include "transport/PeerJson.h"
 #include "usage/ExitStatus.h"
+#include "usage/StandardOutput.h"
 
 #include <iostream>
 
@@ -15,6 +16,10 @@ constexpr int sequence = 1;
 int fail(const std::string& reason) {
     std::cerr << "orvane-ctl: " << reason << '\n';
     return FAILED;
+}
+
+bool print(const Json& answer) {
+    return StandardOutput::write("orvane-ctl", jsonLine(answer) + "\n");
 }
 
 /// The parameters of a reply, by name.
@@ -39,10 +44,8 @@ int report(const Json& reply) {
     if (reply.contains("refused")) {
         return reportRefusals(reply["refused"]);
     }
-    if (!reply.empty()) {
-        std::cout << jsonLine(reply) << '\n';
-    }
-    return reply.value("result", true) ? GOOD : FAILED;
+    const bool isTold = reply.empty() || print(reply);
+    return isTold && reply.value("result", true) ? GOOD : FAILED;
 }
 
 /// Reads up to the end of the answer.
@@ -68,8 +71,7 @@ int readAnswer(ControlClient& client, bool isCall, ControlClient::TimePoint unti
             callReply = parametersOf(answer.at("method"));
         }
         if (isCall && answer.contains("end")) {
-            std::cout << jsonLine(callReply) << '\n';
-            return GOOD;
+            return print(callReply) ? GOOD : FAILED;
         }
     }
 }

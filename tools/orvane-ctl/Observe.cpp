@@ -6,13 +6,13 @@
 #include "transport/JsonProtocolAdapter.h"
 #include "transport/PeerJson.h"
 #include "usage/ExitStatus.h"
+#include "usage/StandardOutput.h"
 #include "utilities/Serializer.h"
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <csignal>
-#include <cstdio>
 #include <iostream>
 #include <map>
 #include <sstream>
@@ -30,9 +30,8 @@ void askForEnd(int) {
     endAsked = true;
 }
 
-void print(const std::string& line) {
-    std::fwrite((line + "\n").data(), 1, line.size() + 1, stdout);
-    std::fflush(stdout);
+bool print(const std::string& line) {
+    return StandardOutput::write("orvane-ctl", line + "\n");
 }
 
 std::string request(int sequence, const std::string& method) {
@@ -98,10 +97,13 @@ Outcome awaitEnd(ControlClient& client, int sequence, ControlClient::TimePoint u
     }
 }
 
-void printEvent(const std::string& event) {
-    if (!event.empty()) {
-        print(event);
-    }
+bool printEvent(const std::string& event) {
+    return event.empty() || print(event);
+}
+
+/// Up to the first that cannot be printed.
+bool printEvents(const std::vector<std::string>& events) {
+    return std::all_of(events.begin(), events.end(), printEvent);
 }
 
 /// The exit status when the subscription did not come about.
@@ -159,9 +161,8 @@ int observe(ControlClient& client, ControlClient::TimePoint until) {
     if (outcome != Outcome::ENDED) {
         return giveUp(outcome);
     }
-    print(EventLines::subscribed());
-    // What came before the subscription was confirmed.
-    std::for_each(events.begin(), events.end(), printEvent);
+    // Then what came before the subscription was confirmed.
+    bool isTold = print(EventLines::subscribed()) && printEvents(events);
     // A late observer is given all data.
     client.send(request(++sequence, "refreshCallLogEntries"), until);
     client.send(request(++sequence, "refreshPhonebookEntries"), until);
@@ -169,15 +170,14 @@ int observe(ControlClient& client, ControlClient::TimePoint until) {
         std::string line;
         const auto reading = client.read(line, std::chrono::steady_clock::now() + lookEvery);
         if (reading == ControlClient::Reading::LINE) {
-            printEvent(eventLine(line));
+            isTold = isTold && printEvent(eventLine(line));
         }
-        if (endAsked) {
+        if (endAsked || !isTold) {
             const auto soon = ControlClient::deadline(farewellSeconds);
             client.send(request(++sequence, "unsubscribe"), soon);
             events.clear();
             awaitEnd(client, sequence, soon, false, events);
-            std::for_each(events.begin(), events.end(), printEvent);
-            return GOOD;
+            return isTold && printEvents(events) ? GOOD : FAILED;
         }
         if (reading == ControlClient::Reading::ENDED) {
             std::cerr << "orvane-ctl: the telephone has ended" << '\n';

@@ -1,17 +1,21 @@
 #include "usage/ParseArguments.h"
 
 #include "usage/ExitStatus.h"
+#include "usage/StandardOutput.h"
 
 #include <CLI/CLI.hpp>
 
 #include <iostream>
+#include <sstream>
 
 bool parseArguments(CLI::App& app, int argumentCount, char** arguments, int& exitStatus) {
     try {
         app.parse(argumentCount, arguments);
         return true;
     } catch (const CLI::Success& success) {
-        exitStatus = app.exit(success);
+        std::ostringstream help;
+        app.exit(success, help, help);
+        exitStatus = StandardOutput::write(app.get_name(), help.str()) ? GOOD : FAILED;
         return false;
     } catch (const CLI::RequiredError& missing) {
         // A command or an option that is misspelt is also one that is missing.
