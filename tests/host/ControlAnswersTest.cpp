@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <future>
 #include <string>
 #include <vector>
 
@@ -65,6 +66,28 @@ TEST_F(StrangeTelephone, IsNotAnsweredForWhenStandardOutputIsFull) {
 
     EXPECT_EQ(1, control("observe", "/dev/full"));
     EXPECT_EQ(report, linesOf(m_folder.file("err")));
+}
+
+TEST_F(StrangeTelephone, IsLeftAtOnceOnASignal) {
+    for (const int number : {SIGINT, SIGTERM}) {
+        std::promise<void> asked;
+        ControlServer silent;
+        std::string error;
+        ASSERT_EQ(ControlServer::Listening::BEGUN,
+                  silent.listen(
+                      m_folder.file("silent"), [&asked](LineConnection&, const std::string&) { asked.set_value(); },
+                      [](LineConnection&) {}, error))
+            << error;
+        Process call({ORVANE_CTL, "--control", m_folder.file("silent"), "call", "isRunning"}, m_folder.file("out"),
+                     m_folder.file("err"));
+        ASSERT_EQ(std::future_status::ready, asked.get_future().wait_for(std::chrono::seconds(20)));
+
+        call.signal(number);
+
+        EXPECT_EQ(1, call.wait());
+        EXPECT_TRUE(linesOf(m_folder.file("out")).empty());
+        EXPECT_EQ((Lines{"orvane-ctl: interrupted"}), linesOf(m_folder.file("err")));
+    }
 }
 
 TEST(Help, IsNotGivenWhenStandardOutputIsFull) {
