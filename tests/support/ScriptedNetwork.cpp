@@ -216,6 +216,7 @@ HttpClientIfc::eResult HttpClient::readResponse(SecureConnection* connection, st
     Exchange& exchange = *m_representation->exchange;
     TestPlatform::current().network.readLimits.push_back(maximumLength);
     if (exchange.during) {
+        const LockDiscipline::OtherThread meanwhile(TestPlatform::current().locks);
         exchange.during();
     }
     if (exchange.closesAfter) {

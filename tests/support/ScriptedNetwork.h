@@ -100,7 +100,6 @@ public:
     int clientsAlive = 0;
     int closes = 0; ///< connections that the service closed
 
-    std::size_t expectedCount() const { return m_expected.size(); }
     /// The peer closes the connection that is open now.
     void closeByPeer();
     /// Fails the test when an expected request did not come.

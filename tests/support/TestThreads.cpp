@@ -118,6 +118,7 @@ void OSALSleep::secSleep(int seconds) {
     platform.threads.sleepsSeconds.push_back(seconds);
     platform.context.advanceWithoutExpiries(seconds * 1000LL);
     if (platform.threads.duringSleep) {
+        const LockDiscipline::OtherThread meanwhile(platform.locks);
         platform.threads.duringSleep();
     }
 }
