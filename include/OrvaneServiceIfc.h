@@ -7,7 +7,9 @@ class OrvaneServiceObserverIfc;
 
 /// What other services may call, in process or by remote method. Any thread may call every operation. Unless told
 /// otherwise an operation returns at once; those that send a request block until its end, which with redirections
-/// and waits that the cloud asks for can be minutes. Nothing throws; failures are logged.
+/// and waits that the cloud asks for can be minutes. Failures are logged. Three things are thrown, or rather passed on:
+/// std::out_of_range by an operation that sends a request, when the cloud redirects it to a server without a path;
+/// std::bad_alloc; and what an observer throws, to whoever raised the event.
 class OrvaneServiceIfc {
 public:
     virtual ~OrvaneServiceIfc() = default;
@@ -29,6 +31,7 @@ public:
     virtual void ageMissedCall(const std::string& id) = 0;
     /// The same for several, saved once.
     virtual void ageMissedCalls(const std::set<std::string>& ids) = 0;
+    /// Whether that id is marked as seen; known call or not.
     virtual bool isMissedCallViewed(const std::string& id) = 0;
 
     /// Deletes one call here and in the cloud. Blocks for one request. A refusal by the cloud is only logged; the

@@ -25,6 +25,7 @@ public:
     /// `msg` is the key of a text for the user: "OV.Copied.contact.OK", "OV.Copied.contact.ERROR", or empty.
     virtual void informUserEvent(const std::string& msg, OrvaneServiceTypes::UserMsgType type) = 0;
 
+    /// Something has happened to the service itself: EVENT_TOKEN_FAILED is the one value in use.
     virtual void orvaneEvent(OrvaneServiceTypes::EventType type) = 0;
 
     /// All records of that kind: they replace what the observer holds, an empty vector empties it.

@@ -7,7 +7,11 @@ class MgmtAgentIfc {
 public:
     virtual ~MgmtAgentIfc() = default;
 
+    /// Values for items of the service, on their way through its data manager to the setters. False when an item has
+    /// no value or no setter, or its setter refused; the others are set all the same. Any thread.
     virtual bool setData(ManageableData& data) = 0;
+    /// Asks for the values of the root ids in `data`. False when some item could not be read; the others are there.
+    /// Any thread.
     virtual bool getData(ManageableData& data) = 0;
 
     /// Observed items have changed; `data` holds them with their new values. Called on the store's notification

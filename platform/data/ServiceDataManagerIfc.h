@@ -29,9 +29,11 @@ public:
     virtual void loadItemMap(const std::string& mapName) = 0;
     virtual void finishSetup() = 0;
 
-    /// Values of the data's root ids through the getters. Any thread.
+    /// Fills in the values of the data's root ids through the getters. False when some item has no getter, as after
+    /// unregisterAgent; the others are there. Any thread.
     virtual bool getData(ManageableData& data) = 0;
-    /// Values of the data through the setters. Any thread.
+    /// Gives the values of the data to the setters. False when an item has no value or no setter, or its setter
+    /// refused; the others are set all the same. Any thread.
     virtual bool setData(ManageableData& data) = 0;
 
     /// First closing operation: no setter, getter or validator is called any more; returns when none is running.

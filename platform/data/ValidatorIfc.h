@@ -4,7 +4,12 @@
 #include <utility>
 #include <vector>
 
-/// Validation of configuration groups by the service that owns the items.
+/// Validation of configuration groups by the service that owns the items. Called on the thread that delivers the
+/// configuration, without any lock of the data manager or the store.
+///
+/// setValidation, addItemForValidationAsPartOfGroup, isGroupNeedingValidation, clearValidation and allowInvalidData
+/// are for a service that keeps its own list of what is to be validated. One that does not leaves them empty and
+/// answers false: each of its groups goes to validateGroupAndSetData.
 class ValidatorIfc {
 public:
     virtual ~ValidatorIfc() = default;

@@ -12,7 +12,7 @@ public:
     /// Called once, on a framework thread, before any other operation. `context` outlives the object.
     virtual void init(Context& context) = 0;
 
-    /// Called once before the object is destroyed.
+    /// Called once before the object is destroyed, on the thread that destroys it.
     virtual void shutdown() = 0;
 
     /// Expiry of a timer that the object created through Context::createTimer. Calls for different timers may

@@ -13,6 +13,6 @@ public:
     /// Reads one message; false when the text is none, and `method` is then unspecified.
     virtual bool decode(std::istream& stream, Method& method) = 0;
 
-    /// Writes one message.
+    /// Writes one message; false when the stream did not take it.
     virtual bool encode(std::ostream& stream, const Method& method) = 0;
 };

@@ -14,6 +14,8 @@ public:
     /// close status as seen locally (RFC 6455, section 7.4): 1006 when the connection was lost without a close.
     virtual void onClose(int code, int localCode, const std::string& msg) = 0;
 
+    /// The connection could not be set up; onClose follows, with local code 1006. `code` is the HTTP status of a
+    /// refused opening handshake, else an error number of the platform. Both arguments are for the log.
     virtual void onError(int code, const std::string& msg) = 0;
 
     /// One whole text message.

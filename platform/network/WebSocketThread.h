@@ -25,7 +25,8 @@ public:
     /// The running client, or null.
     static WebSocketThread* instance();
 
-    /// Queues one text frame; never waits for the connection's thread.
+    /// Queues one text frame; never waits for the connection's thread. A frame without a connection, behind too many
+    /// that wait, or on a connection that ends first is lost, without an error.
     virtual void send(const std::string& message) = 0;
 
     /// Closes the connection without onClose. Returns when no callback is running, but does not wait for itself

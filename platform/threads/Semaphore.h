@@ -3,7 +3,7 @@
 #include <memory>
 
 /// A counting semaphore. A re-entrant one belongs to the thread that took it, which may take it again and gives it
-/// back as often.
+/// back as often. Any thread may call both operations at any time.
 class Semaphore {
 public:
     Semaphore(int initialCount, int maximumCount, bool reentrant);

@@ -12,7 +12,8 @@ public:
     virtual ~ThreaderIfc() = default;
 
     /// Starts a thread that runs `runner(argument)`. `id` is stored before the runner begins, so the runner may
-    /// clear it. False, with `id` left alone, when no thread could be made.
+    /// clear it. False, with `id` left alone, when no thread could be made. `name` is for the platform's own lists;
+    /// with an empty one the platform makes up a name. `stackSize` is in the platform's own unit; 0 is its default.
     virtual bool spawn(unsigned long& id, Runner runner, void* argument, const std::string& name,
                        OSALThreadPriority priority, int stackSize) = 0;
 
