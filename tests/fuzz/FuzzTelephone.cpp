@@ -26,12 +26,7 @@ FuzzTelephone::FuzzTelephone() {
     };
     platform.locks.allowAcrossRequests("m_dndSem");
     platform.locks.allowLeftTaken("m_phonebookSyncTokenSem");
-    withSharedLines();
-    withCallLog();
-    withPhonebook();
-    withDnd();
-    withWatchedColleague("100", "5001");
-    withObserver();
+    withEverything();
 }
 
 FuzzTelephone::~FuzzTelephone() {

@@ -4,7 +4,6 @@
 
 #include <functional>
 #include <stdexcept>
-#include <string>
 
 /// A telephone with everything switched on, a provider that answers every request, and a fuzzer at any of its inputs.
 /// A broken expectation of the test platform (a semaphore that stays taken, an order of locks, a request under a lock)

@@ -36,17 +36,9 @@ protected:
         };
     }
 
-    void switchEverythingOn() {
-        withSharedLines();
-        withCallLog();
-        withPhonebook();
-        withDnd();
-        withWatchedColleague("100", "5001");
-        withObserver();
-    }
     /// Logged in, with a session and a confirmed subscription, and a shared line that is ready.
     void liveOn() {
-        switchEverythingOn();
+        withEverything();
         connect();
         service->overviewChangedNotification("sip:900@provider.example", "line 900", true, 1, ELineVisualAlert());
         service->onOpen(0);
@@ -97,7 +89,7 @@ protected:
 };
 
 TEST_F(Roads, FromInitToTheSubscription) {
-    switchEverythingOn();
+    withEverything();
     platform.steps.begin();
 
     connect();
@@ -236,7 +228,7 @@ TEST_F(Roads, OfAnInterfaceThatComesBackInTime) {
 }
 
 TEST_F(Roads, OfAnInterfaceThatGoesBeforeTheChannelStands) {
-    switchEverythingOn();
+    withEverything();
     connect();
     platform.steps.begin();
 

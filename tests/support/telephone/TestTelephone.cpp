@@ -14,6 +14,15 @@ TestTelephone::TestTelephone() {
 
 TestTelephone::~TestTelephone() = default;
 
+void TestTelephone::withEverything() {
+    withSharedLines();
+    withCallLog();
+    withPhonebook();
+    withDnd();
+    withWatchedColleague("100", "5001");
+    withObserver();
+}
+
 void TestTelephone::nameSemaphoresOfNextService() {
     platform.locks.nameNext(SemaphoreNames::ofService());
 }

@@ -38,6 +38,8 @@ protected:
     void withWatchedColleague(const std::string& keyIndex, const std::string& colleagueExtensionId,
                               const std::string& label = "Colleague");
     void withObserver() { service->subscribe(&observer); }
+    /// Shared lines, all synchronisations, one watched colleague and the observer.
+    void withEverything();
 
     /// To be called before a test makes one more service: its semaphores take the members' names.
     void nameSemaphoresOfNextService();

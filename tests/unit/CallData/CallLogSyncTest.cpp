@@ -1,31 +1,10 @@
-#include "TestTelephone.h"
+#include "CallLogTelephone.h"
 
 using namespace CloudAnswers;
-using OrvaneServiceTypes::DATA_CALL_LOG;
 
 namespace {
 
-class CallLogSync : public TestTelephone {
-protected:
-    CallLogSync() {
-        withCallLog();
-        withObserver();
-    }
-    using Batch = std::vector<std::string>;
-    Batch fullBatch() const { return lastBatch("orvaneFullSync", DATA_CALL_LOG); }
-    Batch incrementalBatch() const { return lastBatch("orvaneIncrementalSync", DATA_CALL_LOG); }
-
-    /// A login whose full synchronisation brings these calls.
-    void connectWith(const std::vector<Call>& calls, const std::string& syncToken = "c1") {
-        expectToken();
-        expectExtension();
-        expectGrants();
-        expectFullCallLog(syncToken, calls);
-        expectWebSocketToken();
-        connect();
-    }
-    static std::string received(const Call& call) { return recordText(call, "Received", "+49301", "Anna"); }
-};
+class CallLogSync : public CallLogTelephone {};
 
 TEST_F(CallLogSync, TheFirstSynchronisationIsAFullOneAndPublishesAllRecordsInTheirOrder) {
     connectWith({call("2"), call("1")});

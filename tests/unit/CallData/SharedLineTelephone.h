@@ -3,7 +3,6 @@
 #include "TestTelephone.h"
 
 #include <string>
-#include <utility>
 #include <vector>
 
 /// A telephone whose model has shared lines, with call log synchronisation on.

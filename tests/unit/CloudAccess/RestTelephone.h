@@ -2,7 +2,6 @@
 
 #include "TestTelephone.h"
 
-#include <map>
 #include <string>
 
 /// A telephone whose service is initialised but has not logged in: it sends what the test asks for and nothing else.

@@ -1,4 +1,4 @@
-#include "TestTelephone.h"
+#include "unit/CallData/SharedLineTelephone.h"
 
 #include "framework/Context.h"
 #include "threads/OSALThreadPriority.h"
@@ -7,31 +7,8 @@ using OrvaneServiceTypes::Voicemail;
 
 namespace {
 
-class VoicemailSummary : public TestTelephone {
+class VoicemailSummary : public SharedLineTelephone {
 protected:
-    VoicemailSummary() {
-        withSharedLines();
-        withCallLog();
-    }
-    void connectWithLines(const std::vector<CloudAnswers::GrantedLine>& lines) {
-        expectToken();
-        expectExtension();
-        expectGrants(lines);
-        if (service->getNoOfObservers() != 0) {
-            expectFullCallLog();
-        }
-        expectWebSocketToken();
-        connect();
-        ASSERT_TRUE(service->isRunning());
-        platform.log.clear();
-        platform.store.writes.clear();
-        observer.clear();
-    }
-    BcaLineType line(const std::string& id) {
-        BcaLineType copy;
-        EXPECT_TRUE(service->getCopyOfBcaLineFromList(id, copy)) << "no line " << id;
-        return copy;
-    }
     void makeReady(const std::string& id, const std::string& number) {
         BcaLineType ready = line(id);
         ready.status = BCA_LINE_STATUS_READY;

@@ -1,7 +1,5 @@
 #include "ChannelTelephone.h"
 
-#include <functional>
-
 namespace {
 
 using Steps = std::vector<std::string>;

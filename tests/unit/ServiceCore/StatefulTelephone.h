@@ -2,7 +2,6 @@
 
 #include "TestTelephone.h"
 
-#include <ostream>
 #include <string>
 
 /// A telephone that can be brought into every state that can be reached. Worker threads cannot be made in it unless a

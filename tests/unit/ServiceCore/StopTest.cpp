@@ -1,7 +1,5 @@
 #include "unit/EventChannel/ChannelTelephone.h"
 
-#include <algorithm>
-
 using namespace CloudAnswers;
 using namespace OrvaneServiceTypes;
 
