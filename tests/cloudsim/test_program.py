@@ -43,6 +43,8 @@ class BadInput(unittest.TestCase):
         self.assert_refused("--listen", "nowhere", saying="nowhere")
         self.assert_refused("--admin", "127.0.0.1:99999", saying="99999")
         self.assert_refused("--calls", "-1", saying="--calls")
+        for seed in ("-1", "18446744073709551616", "1.5", "x", ""):
+            self.assert_refused("--seed", seed, saying="--seed")
         self.assert_refused("--calls", 1, "--late-calls", 2, saying="--late-calls")
         self.assert_refused("--device", "KD24", saying="KD24")
         self.assert_refused("--data", "x", "--seed", "1", saying="--")
@@ -90,6 +92,17 @@ class Running(unittest.TestCase):
         self.assertEqual((0, ""), (result.returncode, result.stderr))
         for option in ("--listen", "--admin", "--data", "--seed", "--tls-dir", "--require-client-cert", "--live"):
             self.assertIn(option, result.stdout)
+
+    def test_standard_output_that_takes_nothing(self):
+        for arguments in (["--help"], ["--tls-dir", self.folder.name]):
+            with open("/dev/full", "w", encoding="utf-8") as full:
+                result = subprocess.run([PROGRAM, *arguments], stdin=subprocess.DEVNULL, stdout=full,
+                                        stderr=subprocess.PIPE, text=True, timeout=20 * PATIENCE, check=False)
+            self.assertEqual((1, "orvane-cloud: cannot write to standard output: No space left on device\n"),
+                             (result.returncode, result.stderr))
+
+    def test_the_largest_seed(self):
+        self.start("--seed", 2 ** 64 - 1)
 
     def test_the_first_line_names_addresses_authority_and_devices(self):
         ready = self.start().ready

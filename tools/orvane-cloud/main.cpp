@@ -3,7 +3,11 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cerrno>
+#include <charconv>
 #include <csignal>
+#include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <iostream>
 
@@ -32,6 +36,22 @@ private:
     std::string m_path;
 };
 
+/// The option parser lets negative numbers become huge ones.
+std::string findSeedFault(const std::string& text) {
+    std::uint64_t seed = 0;
+    const char* textEnd = text.data() + text.size();
+    auto [end, error] = std::from_chars(text.data(), textEnd, seed);
+    return error == std::errc() && end == textEnd ? "" : "no whole number from 0 to 2^64-1: " + text;
+}
+
+/// Throws when standard output does not take it all.
+void print(const std::string& text) {
+    errno = 0;
+    std::cout << text << std::flush;
+    if (!std::cout)
+        throw std::runtime_error(std::string("cannot write to standard output: ") + std::strerror(errno));
+}
+
 void describe(CLI::App& app, cloudsim::SimulatorOptions& options) {
     app.description("Simulates the cloud telephony provider: HTTPS, event channel, data, life and faults.\n"
                     "The first line on standard output tells the addresses as JSON. Ends on SIGINT or SIGTERM.");
@@ -40,7 +60,7 @@ void describe(CLI::App& app, cloudsim::SimulatorOptions& options) {
     app.add_option("--admin", options.admin, "HOST:PORT of the administration over plain HTTP")->capture_default_str();
     auto* data = app.add_option("--data", options.dataFile, "file with the account as JSON");
     for (auto* option :
-         {app.add_option("--seed", options.seed, "number that the made-up account depends on"),
+         {app.add_option("--seed", options.seed, "number that the made-up account depends on")->check(findSeedFault),
           app.add_option("--calls", options.calls, "calls in the made-up account")->check(CLI::Range(0, 100000)),
           app.add_option("--contacts", options.contacts, "contacts in the made-up account")
               ->check(CLI::Range(0, 100000)),
@@ -58,7 +78,7 @@ void describe(CLI::App& app, cloudsim::SimulatorOptions& options) {
 
 void serveUntilSignal(const cloudsim::SimulatorOptions& options, const sigset_t& endSignals) {
     cloudsim::CloudSimulator simulator(options);
-    std::cout << cloudsim::toText(simulator.readyLine()) << std::endl;
+    print(cloudsim::toText(simulator.readyLine()) + "\n");
     int received = 0;
     sigwait(&endSignals, &received);
     // A second signal ends at once.
@@ -76,7 +96,7 @@ int run(int argc, char** argv) {
         if (options.lateCalls > options.calls)
             throw cloudsim::BadInput("--late-calls: more than --calls");
     } catch (const CLI::CallForHelp&) {
-        std::cout << app.help();
+        print(app.help());
         return GOOD;
     } catch (const CLI::ParseError& error) {
         throw cloudsim::BadInput(error.what());
