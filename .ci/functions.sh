@@ -12,7 +12,7 @@ install_packages() {
   mapfile -t wanted < <(sed -e 's/#.*//' -e '/^[[:space:]]*$/d' "$@")
   installed=$(dpkg-query -W -f='${Package} ${db:Status-Status}\n' "${wanted[@]}" 2>/dev/null || true)
   for package in "${wanted[@]}"; do
-    grep -qx -- "$package installed" <<<"$installed" || missing+=("$package")
+    grep -Fqx -- "$package installed" <<<"$installed" || missing+=("$package")
   done
   [ ${#missing[@]} -gt 0 ] || return 0
 
@@ -29,11 +29,12 @@ install_packages() {
     fail "installing ${missing[*]} failed"
 }
 
-# Configures a preset if that was never done or the presets have changed since.
+# Configures a preset if that was never done or the presets have changed since. Here and below a step that fails says
+# so itself: a caller that asks for the status has switched the shell's own check off.
 configure_preset() {
   local preset=$1
   if [ ! -f "build/$preset/build.ninja" ] || [ CMakePresets.json -nt "build/$preset/build.ninja" ]; then
-    cmake --preset "$preset"
+    cmake --preset "$preset" || return
     touch "build/$preset/build.ninja"
   fi
 }
@@ -42,7 +43,7 @@ configure_preset() {
 build_preset() {
   local preset=$1 target targets=()
   shift
-  configure_preset "$preset"
+  configure_preset "$preset" || return
   for target in "$@"; do
     targets+=(--target "$target")
   done
