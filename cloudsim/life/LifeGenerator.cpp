@@ -12,35 +12,34 @@ using Milliseconds = std::chrono::milliseconds;
 LifeGenerator::LifeGenerator(Cloud& cloud, CallPlayer& player, std::uint64_t seed)
     : m_cloud(cloud), m_player(player), m_data(seed + 1) {}
 
-int LifeGenerator::between(int low, int high) {
-    return low + static_cast<int>(m_data.random()() % static_cast<std::uint64_t>(high - low + 1));
-}
-
 void LifeGenerator::setRunning(bool running) {
+    std::lock_guard lock(m_mutex);
     m_running = running;
-    if (running && !m_scheduled.exchange(true))
+    if (m_running && !m_scheduled)
         scheduleNext();
 }
 
+bool LifeGenerator::isRunning() {
+    std::lock_guard lock(m_mutex);
+    return m_running;
+}
+
+/// With the mutex held, like everything that it leads to.
 void LifeGenerator::scheduleNext() {
-    Milliseconds pause;
-    {
+    m_scheduled = true;
+    m_cloud.scheduler.after(Milliseconds(m_data.between(2000, 8000)), [this] {
         std::lock_guard lock(m_mutex);
-        pause = Milliseconds(between(2000, 8000));
-    }
-    m_cloud.scheduler.after(pause, [this] {
-        if (!m_running) {
-            m_scheduled = false;
+        m_scheduled = false;
+        if (!m_running)
             return;
-        }
-        live();
+        // The next step first: this one may fail, on an extension that somebody has just deleted.
         scheduleNext();
+        live();
     });
 }
 
 void LifeGenerator::live() {
-    std::lock_guard lock(m_mutex);
-    int draw = between(0, 99);
+    int draw = m_data.between(0, 99);
     if (draw < 55)
         return ringSomebody();
     if (draw < 75)
@@ -55,7 +54,7 @@ std::optional<std::int64_t> LifeGenerator::somebody(bool withSharedLines) {
     return m_cloud.state.with([&](State& state) -> std::optional<std::int64_t> {
         // The first telephone is the one that somebody watches.
         constexpr int firstInHundred = 50;
-        if (between(0, 99) < firstInHundred && state.firstExtensionId() != 0)
+        if (m_data.between(0, 99) < firstInHundred && state.firstExtensionId() != 0)
             return state.firstExtensionId();
         std::vector<std::int64_t> ids;
         for (const auto& [id, extension] : state.extensions)
@@ -74,12 +73,12 @@ void LifeGenerator::ringSomebody() {
     PlayedCall call;
     call.extensionId = *id;
     call.members = m_cloud.state.with([&](State& state) {
-        return m_data.makeCall(state.extensions.at(*id), std::chrono::system_clock::now(), between(0, 99));
+        return m_data.makeCall(state.extensions.at(*id), std::chrono::system_clock::now(), m_data.between(0, 99));
     });
     bool answered = call.members["result"] == "Accepted" || call.members["result"] == "Call connected";
-    call.ring = Milliseconds(between(1500, 5000));
-    call.talk = Milliseconds(answered ? between(2000, 15000) : 0);
-    call.recordDelay = Milliseconds(between(300, 4000));
+    call.ring = Milliseconds(m_data.between(1500, 5000));
+    call.talk = Milliseconds(answered ? m_data.between(2000, 15000) : 0);
+    call.recordDelay = Milliseconds(m_data.between(300, 4000));
     call.members["duration"] = call.talk.count() / 1000;
     m_player.play(std::move(call));
 }
@@ -102,7 +101,7 @@ void LifeGenerator::changeContact() {
         if (user == nullptr)
             return;
         auto contacts = user->contacts.all();
-        int draw = between(0, 99);
+        int draw = m_data.between(0, 99);
         if (contacts.empty() || draw < 40) {
             user->contacts.add(m_data.makeContact());
             return;

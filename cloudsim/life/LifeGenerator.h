@@ -3,7 +3,7 @@
 #include "life/CallPlayer.h"
 #include "model/SeedData.h"
 
-#include <atomic>
+#include <mutex>
 
 namespace cloudsim {
 
@@ -14,7 +14,7 @@ public:
     LifeGenerator(Cloud& cloud, CallPlayer& player, std::uint64_t seed);
 
     void setRunning(bool running);
-    bool isRunning() const { return m_running; }
+    bool isRunning();
     /// So many calls of the first device's user, a few seconds from now, one after the other.
     void scheduleLateCalls(int count);
 
@@ -25,14 +25,13 @@ private:
     void toggleDnd();
     void changeContact();
     std::optional<std::int64_t> somebody(bool withSharedLines);
-    int between(int low, int high);
 
     Cloud& m_cloud;
     CallPlayer& m_player;
     std::mutex m_mutex;
     SeedData m_data;
-    std::atomic<bool> m_running{false};
-    std::atomic<bool> m_scheduled{false};
+    bool m_running = false;
+    bool m_scheduled = false;
 };
 
 } // namespace cloudsim

@@ -21,10 +21,11 @@ public:
     /// Adds so many calls, each some time before the one made before it.
     void addCalls(Extension& extension, int count, WallTime before);
 
+    /// A number from `low` to `high`, both included.
+    int between(int low, int high);
     std::mt19937_64& random() { return m_random; }
 
 private:
-    int between(int low, int high);
     std::string personName();
     std::string phoneNumber();
     Json outsideParty();
