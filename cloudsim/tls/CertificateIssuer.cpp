@@ -1,5 +1,7 @@
 #include "tls/CertificateIssuer.h"
 
+#include "base/BadInput.h"
+
 #include <openssl/ec.h>
 #include <openssl/rand.h>
 #include <openssl/x509v3.h>
@@ -18,21 +20,31 @@ void setSerialNumber(X509* certificate) {
     unsigned char bytes[8];
     require(RAND_bytes(bytes, sizeof bytes) == 1, "serial number");
     bytes[0] &= 0x7f;
-    BIGNUM* number = BN_bin2bn(bytes, sizeof bytes, nullptr);
-    require(number != nullptr && BN_to_ASN1_INTEGER(number, X509_get_serialNumber(certificate)) != nullptr,
-            "serial number");
-    BN_free(number);
+    BigNumber number(BN_bin2bn(bytes, sizeof bytes, nullptr));
+    require(number && BN_to_ASN1_INTEGER(number.get(), X509_get_serialNumber(certificate)) != nullptr, "serial number");
+}
+
+/// A name has 64 characters at most.
+void setCommonName(X509* certificate, const std::string& name) {
+    if (X509_NAME_add_entry_by_txt(X509_get_subject_name(certificate), "CN", MBSTRING_UTF8,
+                                   reinterpret_cast<const unsigned char*>(name.c_str()), -1, -1, 0) != 1)
+        throw BadInput("no certificate can have the name '" + name + "'");
 }
 
 void addExtension(X509* certificate, X509* issuer, int kind, const std::string& value) {
     X509V3_CTX context;
     X509V3_set_ctx(&context, issuer, certificate, nullptr, nullptr, 0);
-    X509_EXTENSION* extension = X509V3_EXT_conf_nid(nullptr, &context, kind, value.c_str());
-    require(extension != nullptr && X509_add_ext(certificate, extension, -1) == 1, "extension");
-    X509_EXTENSION_free(extension);
+    CertificateExtension extension(X509V3_EXT_conf_nid(nullptr, &context, kind, value.c_str()));
+    require(extension && X509_add_ext(certificate, extension.get(), -1) == 1, "extension");
 }
 
 } // namespace
+
+std::string commonName(const X509* certificate) {
+    char name[512] = {};
+    X509_NAME_get_text_by_NID(X509_get_subject_name(certificate), NID_commonName, name, sizeof name);
+    return name;
+}
 
 Identity issue(const CertificateRequest& request, const Identity* issuer) {
     using Purpose = CertificateRequest::Purpose;
@@ -44,8 +56,7 @@ Identity issue(const CertificateRequest& request, const Identity* issuer) {
     X509_gmtime_adj(X509_getm_notBefore(certificate), request.validFromSeconds);
     X509_gmtime_adj(X509_getm_notAfter(certificate), request.validUntilSeconds);
     X509_set_pubkey(certificate, identity.key.get());
-    X509_NAME_add_entry_by_txt(X509_get_subject_name(certificate), "CN", MBSTRING_UTF8,
-                               reinterpret_cast<const unsigned char*>(request.commonName.c_str()), -1, -1, 0);
+    setCommonName(certificate, request.commonName);
     X509* signer = issuer != nullptr ? issuer->certificate.get() : certificate;
     X509_set_issuer_name(certificate, X509_get_subject_name(signer));
 

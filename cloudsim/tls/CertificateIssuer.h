@@ -21,7 +21,11 @@ struct CertificateRequest {
     long validUntilSeconds = 10L * 365 * 24 * 3600;
 };
 
-/// Issues a certificate for a new key; without an issuer it signs itself.
+/// The subject's common name; empty without one.
+std::string commonName(const X509* certificate);
+
+/// Issues a certificate for a new key; without an issuer it signs itself. Throws BadInput for a name that no
+/// certificate can have.
 Identity issue(const CertificateRequest& request, const Identity* issuer);
 
 } // namespace cloudsim

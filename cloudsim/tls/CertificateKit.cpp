@@ -8,6 +8,7 @@
 #include <arpa/inet.h>
 
 #include <cctype>
+#include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -35,13 +36,13 @@ Identity load(const Path& folder, const std::string& name) {
     return identity;
 }
 
-bool isUsable(const Identity& identity, const Identity* issuer) {
+bool isUsable(const Identity& identity, const std::string& name, const Identity* issuer) {
     if (!identity.certificate || !identity.key)
         return false;
     X509* certificate = identity.certificate.get();
     EVP_PKEY* signer = issuer != nullptr ? issuer->key.get() : identity.key.get();
-    return X509_check_private_key(certificate, identity.key.get()) == 1 && X509_verify(certificate, signer) == 1 &&
-           X509_cmp_current_time(X509_get0_notBefore(certificate)) < 0 &&
+    return commonName(certificate) == name && X509_check_private_key(certificate, identity.key.get()) == 1 &&
+           X509_verify(certificate, signer) == 1 && X509_cmp_current_time(X509_get0_notBefore(certificate)) < 0 &&
            X509_cmp_current_time(X509_get0_notAfter(certificate)) > 0;
 }
 
@@ -50,8 +51,10 @@ Bio createPrivateFile(const Path& path) {
     int descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
     if (descriptor < 0)
         return nullptr;
-    FILE* file = ::fdopen(descriptor, "w");
-    return Bio(BIO_new_fp(file, BIO_CLOSE));
+    Bio file(BIO_new_fd(descriptor, BIO_CLOSE));
+    if (!file)
+        ::close(descriptor);
+    return file;
 }
 
 bool isAddress(const std::string& host) {
@@ -75,10 +78,14 @@ bool coversHost(const Identity& identity, const std::string& host) {
                            : X509_check_host(certificate, host.c_str(), host.size(), 0, nullptr) == 1;
 }
 
+/// Letters, digits and hyphens stay; everything else becomes its code, so that no two texts share a name.
 std::string asFileName(const std::string& text) {
     std::string name;
-    for (unsigned char c : text)
-        name += std::isalnum(c) ? static_cast<char>(c) : '-';
+    for (unsigned char c : text) {
+        char code[4];
+        std::snprintf(code, sizeof code, "_%02x", c);
+        name += std::isalnum(c) || c == '-' ? std::string(1, static_cast<char>(c)) : code;
+    }
     return name;
 }
 
@@ -104,7 +111,7 @@ CertificateKit::CertificateKit(Path folder, const std::string& extraHost)
 Identity CertificateKit::loadOrIssue(const std::string& name, const CertificateRequest& request,
                                      const Identity* issuer) {
     Identity identity = load(m_folder, name);
-    if (isUsable(identity, issuer))
+    if (isUsable(identity, request.commonName, issuer))
         return identity;
     identity = issue(request, issuer);
     store(name, identity);

@@ -1,5 +1,7 @@
 #include "tls/TlsStream.h"
 
+#include "tls/CertificateIssuer.h"
+
 #include <openssl/err.h>
 
 #include <poll.h>
@@ -59,11 +61,7 @@ void TlsStream::sayGoodbye() {
 
 std::string TlsStream::peerName() const {
     Certificate certificate(SSL_get1_peer_certificate(m_session.get()));
-    if (!certificate)
-        return {};
-    char name[256] = {};
-    X509_NAME_get_text_by_NID(X509_get_subject_name(certificate.get()), NID_commonName, name, sizeof name);
-    return name;
+    return certificate ? commonName(certificate.get()) : "";
 }
 
 } // namespace cloudsim

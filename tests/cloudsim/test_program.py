@@ -61,6 +61,12 @@ class BadInput(unittest.TestCase):
         result = run("--tls-dir", self.account("a file") + "/tls")
         self.assertEqual((2, 1), (result.returncode, len(result.stderr.splitlines())))
 
+    def test_a_certificate_name_that_does_not_fit_into_a_certificate(self):
+        name = "n" * 65
+        account = self.account({"extensions": [{"id": 1, "number": "1", "name": "A"}],
+                                "devices": [{"model": "KD24", "mac": "1", "extensionId": 1, "certificateName": name}]})
+        self.assert_refused("--require-client-cert", "--data", account, saying=name)
+
     def test_account_files(self):
         extension = {"id": 1, "number": "1", "name": "A"}
         self.assert_refused("--data", self.folder.name + "/missing.json", saying="missing.json")

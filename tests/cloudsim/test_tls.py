@@ -1,6 +1,8 @@
 """How the simulator presents itself, and what it wants to see of telephones."""
 
+import json
 import os
+import shutil
 import ssl
 import stat
 import unittest
@@ -82,6 +84,32 @@ class ClientCertificates(SimulatorCase):
     def test_nobody_comes_in_without_one(self):
         with self.assertRaises(OSError):
             self.client(context=self.context())
+
+    def assert_logs_in(self, device):
+        path = f"/{device['model']}/{device['mac']}"
+        client = self.client(device=path, context=self.context(device), log_in=False)
+        self.assertEqual(200, client.get("/auth/token").status, device["cert"])
+
+    def test_names_that_differ_in_punctuation_have_certificates_of_their_own(self):
+        names = ("A-B", "A.B", "A B", "A-2eB", "Ä")
+        account = f"{self.directory}/account.json"
+        with open(account, "w", encoding="utf-8") as file:
+            json.dump({"extensions": [{"id": 1, "number": "1", "name": "A"}],
+                       "devices": [{"model": "KD24", "mac": str(number), "extensionId": 1, "certificateName": name}
+                                   for number, name in enumerate(names)]}, file)
+        self.simulator.stop()
+        self.simulator = Simulator(self.directory, *self.arguments, "--data", account)
+        for device in self.simulator.ready["devices"]:
+            self.assert_logs_in(device)
+
+    def test_a_file_with_the_certificate_of_another_device_is_replaced(self):
+        first, second = self.simulator.ready["devices"][:2]
+        self.simulator.stop()
+        for part in ("cert", "key"):
+            shutil.copy(first[part], second[part])
+        self.simulator = Simulator(self.directory, *self.arguments)
+        for device in self.simulator.ready["devices"][:2]:
+            self.assert_logs_in(device)
 
 
 if __name__ == "__main__":
