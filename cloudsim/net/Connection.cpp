@@ -1,7 +1,6 @@
 #include "net/Connection.h"
 
 #include <poll.h>
-#include <sys/eventfd.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -23,12 +22,10 @@ int remaining(Clock::time_point deadline) {
 } // namespace
 
 Connection::Connection(FileDescriptor socket, std::uint64_t number, std::uint16_t localPort)
-    : m_socket(std::move(socket)), m_wakeUp(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), m_number(number),
-      m_localPort(localPort) {}
+    : m_socket(std::move(socket)), m_number(number), m_localPort(localPort) {}
 
 void Connection::wake() {
-    std::uint64_t one = 1;
-    [[maybe_unused]] auto written = ::write(m_wakeUp.get(), &one, sizeof one);
+    m_wakeUp.wake();
 }
 
 void Connection::requestClose(Closing how) {
@@ -40,7 +37,7 @@ Connection::Waiting Connection::wait(Milliseconds timeout, bool forInput) {
     if (forInput && m_stream && m_stream->hasBufferedInput() && m_closing == Closing::NONE)
         return Waiting::INPUT;
     auto deadline = Clock::now() + timeout;
-    pollfd entries[2] = {{m_wakeUp.get(), POLLIN, 0}, {m_socket.get(), POLLIN, 0}};
+    pollfd entries[2] = {{m_wakeUp.descriptor(), POLLIN, 0}, {m_socket.get(), POLLIN, 0}};
     while (m_closing == Closing::NONE) {
         int ready = ::poll(entries, forInput ? 2 : 1, remaining(deadline));
         if (ready < 0 && errno == EINTR)
@@ -48,8 +45,7 @@ Connection::Waiting Connection::wait(Milliseconds timeout, bool forInput) {
         if (ready <= 0)
             return Waiting::TIMED_OUT;
         if (entries[0].revents != 0) {
-            std::uint64_t count = 0;
-            [[maybe_unused]] auto taken = ::read(m_wakeUp.get(), &count, sizeof count);
+            m_wakeUp.clear();
             return m_closing == Closing::NONE ? Waiting::WOKEN : Waiting::CLOSING;
         }
         return Waiting::INPUT;
@@ -70,7 +66,7 @@ bool Connection::waitFor(short events, Milliseconds timeout) {
     auto deadline = Clock::now() + timeout;
     bool woken = false;
     while (m_closing == Closing::NONE) {
-        pollfd entries[2] = {{m_socket.get(), events, 0}, {woken ? -1 : m_wakeUp.get(), POLLIN, 0}};
+        pollfd entries[2] = {{m_socket.get(), events, 0}, {woken ? -1 : m_wakeUp.descriptor(), POLLIN, 0}};
         int left = remaining(deadline);
         // With a wake-up pending its descriptor is of no use any more, and the request to close is looked for.
         constexpr int sliceMilliseconds = 100;

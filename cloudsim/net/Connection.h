@@ -2,6 +2,7 @@
 
 #include "net/FileDescriptor.h"
 #include "net/Stream.h"
+#include "net/WakeUp.h"
 
 #include <atomic>
 #include <chrono>
@@ -47,14 +48,13 @@ public:
     /// For other threads.
     void wake();
     void requestClose(Closing how);
-    Closing requestedClosing() const { return m_closing; }
 
 private:
     bool waitFor(short events, Milliseconds timeout);
     bool complete(const std::function<Stream::Outcome()>& step, Milliseconds timeout);
 
     FileDescriptor m_socket;
-    FileDescriptor m_wakeUp;
+    WakeUp m_wakeUp;
     std::uint64_t m_number;
     std::uint16_t m_localPort;
     std::unique_ptr<Stream> m_stream;

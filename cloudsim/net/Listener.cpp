@@ -1,6 +1,7 @@
 #include "net/Listener.h"
 
 #include "base/BadInput.h"
+#include "base/WholeNumber.h"
 
 #include <netdb.h>
 #include <netinet/in.h>
@@ -8,7 +9,6 @@
 #include <sys/socket.h>
 
 #include <cerrno>
-#include <charconv>
 #include <cstring>
 #include <memory>
 
@@ -49,12 +49,11 @@ Address parseAddress(std::string_view text) {
         host = host.substr(1, host.size() - 2);
     else if (host.find(':') != std::string_view::npos)
         host = {};
-    Address address{std::string(host), 0};
     std::string_view port = colon == std::string_view::npos ? std::string_view() : text.substr(colon + 1);
-    auto [end, error] = std::from_chars(port.data(), port.data() + port.size(), address.port);
-    if (host.empty() || port.empty() || error != std::errc() || end != port.data() + port.size())
+    auto number = wholeNumber<std::uint16_t>(port);
+    if (host.empty() || !number)
         throw BadInput("'" + std::string(text) + "' is not HOST:PORT");
-    return address;
+    return {std::string(host), *number};
 }
 
 std::string toText(const Address& address) {
@@ -67,9 +66,8 @@ Listener::Listener(const Address& address) : m_address(address) {
     m_socket = FileDescriptor(
         ::socket(resolved->ai_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, resolved->ai_protocol));
     int on = 1;
-    setsockopt(m_socket.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-    if (!m_socket || ::bind(m_socket.get(), resolved->ai_addr, resolved->ai_addrlen) != 0 ||
-        ::listen(m_socket.get(), 128) != 0)
+    if (!m_socket || ::setsockopt(m_socket.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on) != 0 ||
+        ::bind(m_socket.get(), resolved->ai_addr, resolved->ai_addrlen) != 0 || ::listen(m_socket.get(), 128) != 0)
         throw BadInput("cannot listen on " + toText(address) + ": " + std::strerror(errno));
     m_address.port = boundPort(m_socket.get());
 }

@@ -1,16 +1,23 @@
 #include "net/Server.h"
 
 #include <poll.h>
-#include <sys/eventfd.h>
 
 #include <exception>
 #include <iostream>
+#include <system_error>
 
 namespace cloudsim {
+namespace {
+
+void report(std::uint64_t connectionNumber, const std::exception& error) {
+    std::cerr << "connection " << connectionNumber << ": " << error.what() << std::endl;
+}
+
+} // namespace
 
 Server::Server(const Address& address, ConnectionHandler& handler, std::atomic<std::uint64_t>& connectionCounter)
     : m_handler(handler), m_counter(connectionCounter), m_listener(std::in_place, address),
-      m_address(m_listener->address()), m_wakeUp(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+      m_address(m_listener->address()) {}
 
 Server::~Server() {
     stop();
@@ -22,7 +29,7 @@ void Server::start() {
 
 void Server::acceptLoop() {
     while (true) {
-        pollfd entries[2] = {{m_wakeUp.get(), POLLIN, 0}, {-1, POLLIN, 0}};
+        pollfd entries[2] = {{m_wakeUp.descriptor(), POLLIN, 0}, {-1, POLLIN, 0}};
         {
             std::lock_guard lock(m_mutex);
             if (m_stopping)
@@ -32,8 +39,7 @@ void Server::acceptLoop() {
         }
         constexpr int reapMilliseconds = 1000;
         ::poll(entries, 2, reapMilliseconds);
-        std::uint64_t count = 0;
-        [[maybe_unused]] auto taken = ::read(m_wakeUp.get(), &count, sizeof count);
+        m_wakeUp.clear();
         std::lock_guard lock(m_mutex);
         reap();
         while (m_listener && !m_stopping) {
@@ -45,19 +51,27 @@ void Server::acceptLoop() {
     }
 }
 
-/// With the mutex held.
+/// With the mutex held. A client for whom there is no thread any more is turned away.
 void Server::admit(FileDescriptor socket) {
+    auto number = ++m_counter;
     Client& client = m_clients.emplace_back();
-    client.connection = std::make_unique<Connection>(std::move(socket), ++m_counter, m_address.port);
-    client.thread = std::thread([this, &client] {
-        try {
-            m_handler.serve(*client.connection);
-        } catch (const std::exception& error) {
-            std::cerr << "connection " << client.connection->number() << ": " << error.what() << std::endl;
-        }
-        client.connection->finish();
-        client.ended = true;
-    });
+    try {
+        client.connection = std::make_unique<Connection>(std::move(socket), number, m_address.port);
+        client.thread = std::thread([this, &client] { serve(client); });
+    } catch (const std::system_error& error) {
+        m_clients.pop_back();
+        report(number, error);
+    }
+}
+
+void Server::serve(Client& client) {
+    try {
+        m_handler.serve(*client.connection);
+    } catch (const std::exception& error) {
+        report(client.connection->number(), error);
+    }
+    client.connection->finish();
+    client.ended = true;
 }
 
 /// With the mutex held. A thread that has ended needs no lock any more.
@@ -96,8 +110,7 @@ void Server::bringUp() {
     std::lock_guard lock(m_mutex);
     if (!m_listener)
         m_listener.emplace(m_address);
-    std::uint64_t one = 1;
-    [[maybe_unused]] auto written = ::write(m_wakeUp.get(), &one, sizeof one);
+    m_wakeUp.wake();
 }
 
 void Server::stop() {
@@ -105,8 +118,7 @@ void Server::stop() {
         std::lock_guard lock(m_mutex);
         m_stopping = true;
         m_listener.reset();
-        std::uint64_t one = 1;
-        [[maybe_unused]] auto written = ::write(m_wakeUp.get(), &one, sizeof one);
+        m_wakeUp.wake();
     }
     if (m_thread.joinable())
         m_thread.join();

@@ -4,7 +4,6 @@
 #include "net/Listener.h"
 
 #include <atomic>
-#include <functional>
 #include <list>
 #include <memory>
 #include <mutex>
@@ -49,6 +48,7 @@ private:
 
     void acceptLoop();
     void admit(FileDescriptor socket);
+    void serve(Client& client);
     void reap();
 
     ConnectionHandler& m_handler;
@@ -57,7 +57,7 @@ private:
     std::optional<Listener> m_listener;
     Address m_address;
     std::list<Client> m_clients;
-    FileDescriptor m_wakeUp;
+    WakeUp m_wakeUp;
     std::thread m_thread;
     bool m_stopping = false;
 };

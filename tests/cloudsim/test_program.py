@@ -2,6 +2,7 @@
 
 import json
 import os
+import resource
 import signal
 import socket
 import subprocess
@@ -66,6 +67,21 @@ class BadInput(unittest.TestCase):
         account = self.account({"extensions": [{"id": 1, "number": "1", "name": "A"}],
                                 "devices": [{"model": "KD24", "mac": "1", "extensionId": 1, "certificateName": name}]})
         self.assert_refused("--require-client-cert", "--data", account, saying=name)
+
+    def test_it_names_what_ran_out_when_it_cannot_listen(self):
+        reasons = set()
+        for descriptors in range(3, 20):
+            process = subprocess.Popen(
+                [PROGRAM, "--tls-dir", self.folder.name + "/tls"], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                stderr=subprocess.PIPE, text=True,
+                preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_NOFILE, (descriptors, descriptors)))
+            started = process.stdout.readline()
+            process.kill()
+            reasons.update(line.rsplit(": ")[-1] for line in process.communicate()[1].splitlines()
+                           if "cannot listen" in line)
+            if started:
+                break
+        self.assertEqual({"Too many open files"}, reasons)
 
     def test_account_files(self):
         extension = {"id": 1, "number": "1", "name": "A"}

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <charconv>
+#include <optional>
+#include <string_view>
+
+namespace cloudsim {
+
+/// Nothing unless the whole text is a number that fits.
+template <class Number>
+std::optional<Number> wholeNumber(std::string_view text) {
+    Number number = 0;
+    const char* behind = text.data() + text.size();
+    auto [end, error] = std::from_chars(text.data(), behind, number);
+    return error == std::errc() && end == behind ? std::optional(number) : std::nullopt;
+}
+
+} // namespace cloudsim
