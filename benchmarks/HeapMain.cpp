@@ -6,7 +6,6 @@
 
 #include <cstdio>
 #include <exception>
-#include <memory>
 #include <string>
 
 namespace {

@@ -18,17 +18,4 @@ std::string toTimestamp(WallTime time) {
     return text;
 }
 
-std::optional<WallTime> fromTimestamp(const std::string& text) {
-    std::tm parts{};
-    int thousandths = 0;
-    int read = 0;
-    if (std::sscanf(text.c_str(), "%4d-%2d-%2dT%2d:%2d:%2d.%3dZ%n", &parts.tm_year, &parts.tm_mon, &parts.tm_mday,
-                    &parts.tm_hour, &parts.tm_min, &parts.tm_sec, &thousandths, &read) != 7 ||
-        static_cast<std::size_t>(read) != text.size())
-        return std::nullopt;
-    parts.tm_year -= 1900;
-    parts.tm_mon -= 1;
-    return std::chrono::system_clock::from_time_t(timegm(&parts)) + milliseconds(thousandths);
-}
-
 } // namespace cloudsim

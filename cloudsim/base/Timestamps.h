@@ -1,7 +1,6 @@
 #pragma once
 
 #include <chrono>
-#include <optional>
 #include <string>
 
 namespace cloudsim {
@@ -11,7 +10,5 @@ using SteadyTime = std::chrono::steady_clock::time_point;
 
 /// "2026-11-20T12:00:00.123Z"
 std::string toTimestamp(WallTime time);
-/// The inverse; nothing when the text has another form.
-std::optional<WallTime> fromTimestamp(const std::string& text);
 
 } // namespace cloudsim

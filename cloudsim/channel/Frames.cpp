@@ -2,7 +2,6 @@
 
 #include "base/Identifiers.h"
 
-#include <algorithm>
 #include <cstdint>
 
 namespace cloudsim {

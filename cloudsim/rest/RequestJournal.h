@@ -5,7 +5,6 @@
 #include "net/HttpMessage.h"
 
 #include <deque>
-#include <functional>
 #include <mutex>
 
 namespace cloudsim {

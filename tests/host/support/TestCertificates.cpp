@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <map>
-#include <optional>
 #include <stdexcept>
 #include <stdlib.h>
 
