@@ -22,8 +22,7 @@ install(EXPORT OrvaneServiceTargets NAMESPACE Orvane:: DESTINATION ${ORVANE_PACK
 
 configure_package_config_file(cmake/OrvaneServiceConfig.cmake.in
   ${PROJECT_BINARY_DIR}/OrvaneServiceConfig.cmake INSTALL_DESTINATION ${ORVANE_PACKAGEDIR})
-# The binary interface may change with every minor release before 1.0.
-write_basic_package_version_file(${PROJECT_BINARY_DIR}/OrvaneServiceConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/OrvaneServiceConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/OrvaneServiceConfig.cmake ${PROJECT_BINARY_DIR}/OrvaneServiceConfigVersion.cmake
   DESTINATION ${ORVANE_PACKAGEDIR})
 
