@@ -65,16 +65,15 @@ void addExtensionResources(AdminRouter& router, Cloud& cloud) {
             if (extension == nullptr)
                 return notFound("the extension");
             for (const auto& [key, value] : request.object().items()) {
-                if (!value.is_string())
-                    throw BadInput(key + ": must be a text");
+                std::string text = requireText(value, key);
                 if (key == "name")
-                    extension->name = value;
+                    extension->name = text;
                 else if (key == "number")
-                    extension->number = value;
+                    extension->number = text;
                 else if (key == "type")
-                    extension->type = value;
+                    extension->type = text;
                 else if (key == "phoneNumber")
-                    extension->phoneNumber = value;
+                    extension->phoneNumber = text;
                 else
                     throw BadInput(key + ": cannot be changed here");
             }

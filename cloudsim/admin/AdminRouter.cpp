@@ -1,38 +1,23 @@
 #include "admin/AdminRouter.h"
 
 #include "base/BadInput.h"
+#include "base/WholeNumber.h"
 #include "net/PlainStream.h"
 #include "rest/RestRequest.h"
-
-#include <charconv>
 
 namespace cloudsim {
 namespace {
 
 constexpr std::chrono::minutes idleTimeout(10);
 
-bool matches(const std::vector<std::string>& pattern, const std::vector<std::string>& segments,
-             std::map<std::string, std::string>& captured) {
-    if (pattern.size() != segments.size())
-        return false;
-    for (std::size_t i = 0; i < pattern.size(); ++i) {
-        if (pattern[i].front() == '{')
-            captured[pattern[i].substr(1, pattern[i].size() - 2)] = segments[i];
-        else if (pattern[i] != segments[i])
-            return false;
-    }
-    return true;
-}
-
 } // namespace
 
 std::int64_t AdminRequest::capturedNumber(const std::string& name) const {
     const std::string& text = captured.at(name);
-    std::int64_t number = 0;
-    auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size())
+    auto number = wholeNumber<std::int64_t>(text);
+    if (!number)
         throw BadInput("'" + text + "' is no number");
-    return number;
+    return *number;
 }
 
 std::optional<std::int64_t> AdminRequest::queryNumber(const char* key) const {
@@ -82,7 +67,7 @@ AdminAnswer AdminRouter::answer(const HttpRequest& request) const {
     bool known = false;
     for (const auto& route : m_routes) {
         AdminRequest call;
-        if (!matches(route.segments, segments, call.captured))
+        if (!fitsPattern(segments, route.segments, call.captured))
             continue;
         known = true;
         if (route.method != request.method)

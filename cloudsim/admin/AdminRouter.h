@@ -6,14 +6,13 @@
 #include "net/Server.h"
 
 #include <functional>
-#include <map>
 #include <optional>
 
 namespace cloudsim {
 
 /// One request to the administration.
 struct AdminRequest {
-    std::map<std::string, std::string> captured; ///< by the names in the path's braces
+    CapturedSegments captured;
     Query query;
     Json body; ///< null without one
 

@@ -9,29 +9,13 @@ namespace {
 
 using Links = std::vector<std::shared_ptr<ChannelLink>>;
 
-int numberMember(const Json& object, const char* key, int otherwise) {
-    if (!object.contains(key))
-        return otherwise;
-    if (!object[key].is_number_integer())
-        throw BadInput(std::string(key) + ": must be a number");
-    return object[key];
-}
-
-bool flagMember(const Json& object, const char* key, bool otherwise) {
-    if (!object.contains(key))
-        return otherwise;
-    if (!object[key].is_boolean())
-        throw BadInput(std::string(key) + ": must be true or false");
-    return object[key];
-}
-
 /// The bytes that a description of a frame stands for.
 std::string frameBytes(const Json& description) {
     try {
         if (description.contains("raw"))
             return fromBase64(textMember(description, "raw"));
         Frame frame;
-        frame.opcode = numberMember(description, "opcode", Frame::TEXT);
+        frame.opcode = static_cast<int>(numberMember(description, "opcode", Frame::TEXT));
         frame.isFinal = flagMember(description, "final", true);
         if (description.contains("json"))
             frame.payload = toText(description["json"]);
@@ -67,7 +51,7 @@ void addChannelResources(AdminRouter& router, Cloud& cloud) {
                         [](ChannelLink& link, const Json& body) { link.sendBytes(frameBytes(body)); });
     addSessionOperation(router, cloud, "close", [](ChannelLink& link, const Json& body) {
         constexpr int normal = 1000;
-        link.close(numberMember(body, "code", normal), textMember(body, "reason"));
+        link.close(static_cast<int>(numberMember(body, "code", normal)), textMember(body, "reason"));
     });
     addSessionOperation(router, cloud, "reset", [](ChannelLink& link, const Json&) { link.reset(); });
     addSessionOperation(router, cloud, "silence",

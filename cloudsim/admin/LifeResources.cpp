@@ -9,17 +9,11 @@ std::int64_t extensionOf(Cloud& cloud, const AdminRequest& request) {
     const Json& body = request.object();
     if (!body.contains("extensionId"))
         return cloud.state.with([](State& state) { return state.firstExtensionId(); });
-    if (!body["extensionId"].is_number_integer())
-        throw BadInput("extensionId: must be a number");
-    return body["extensionId"];
+    return requireNumber(body["extensionId"], "extensionId");
 }
 
 std::chrono::milliseconds duration(const Json& body, const char* key, std::chrono::milliseconds otherwise) {
-    if (!body.contains(key))
-        return otherwise;
-    if (!body[key].is_number_integer() || body[key] < 0)
-        throw BadInput(std::string(key) + ": must be a number");
-    return std::chrono::milliseconds(body[key].get<std::int64_t>());
+    return std::chrono::milliseconds(numberMember(body, key, otherwise.count(), notNegative));
 }
 
 AdminAnswer playCall(const AdminReach& reach, const AdminRequest& request) {
@@ -66,10 +60,7 @@ void addLifeResources(AdminRouter& router, const AdminReach& reach) {
     router.add("GET", "life",
                [reach](const AdminRequest&) { return AdminAnswer{200, {{"running", reach.life.isRunning()}}}; });
     router.add("PUT", "life", [reach](const AdminRequest& request) {
-        const Json& body = request.object();
-        if (!body.contains("running") || !body["running"].is_boolean())
-            throw BadInput("running: must be true or false");
-        reach.life.setRunning(body["running"]);
+        reach.life.setRunning(requireFlag(request.object().value("running", Json()), "running"));
         return AdminAnswer{};
     });
 }

@@ -4,6 +4,7 @@
 #include "model/AccountData.h"
 #include "rest/Resources.h"
 
+#include <algorithm>
 #include <limits>
 #include <random>
 
@@ -21,11 +22,7 @@ AdminAnswer onExtension(Cloud& cloud, const AdminRequest& request, Operation ope
 }
 
 int generatedCount(const AdminRequest& request) {
-    const Json& body = request.object();
-    constexpr int maximum = 100000;
-    if (!body.contains("count") || !body["count"].is_number_integer() || body["count"] < 0 || body["count"] > maximum)
-        throw BadInput("count: must be a number");
-    return body["count"];
+    return static_cast<int>(requireNumber(request.object().value("count", Json()), "count", {0, 100000}));
 }
 
 SeedData newSeedData(const AdminRequest& request) {
@@ -156,12 +153,11 @@ void addRecordResources(AdminRouter& router, Cloud& cloud) {
         return onExtension(cloud, request, [](Extension& extension) { return AdminAnswer{200, extension.grants}; });
     });
     router.add("PUT", "grants", [&cloud](const AdminRequest& request) {
-        std::vector<std::int64_t> grants;
-        for (const auto& grant : request.body.is_array() ? request.body : Json::array({"none"})) {
-            if (!grant.is_number_integer())
-                throw BadInput("the body must be a list of extension ids");
-            grants.push_back(grant);
-        }
+        bool readable = request.body.is_array() && std::all_of(request.body.begin(), request.body.end(),
+                                                               [](const Json& id) { return id.is_number_integer(); });
+        if (!readable)
+            throw BadInput("the body must be a list of extension ids");
+        auto grants = request.body.get<std::vector<std::int64_t>>();
         return onExtension(cloud, request, [&](Extension& extension) {
             extension.grants = grants;
             return AdminAnswer{200, extension.grants};

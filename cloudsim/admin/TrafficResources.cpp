@@ -53,10 +53,9 @@ void addTrafficResources(AdminRouter& router, const AdminReach& reach) {
     });
     router.add("PUT", "port", [reach](const AdminRequest& request) {
         const Json& body = request.object();
-        if (!body.contains("down") || !body["down"].is_boolean())
-            throw BadInput("down: must be true or false");
+        bool down = requireFlag(body.value("down", Json()), "down");
         bool timed = body.contains("forMilliseconds") && body["forMilliseconds"].is_number_integer();
-        switchPort(reach, body["down"], timed ? body["forMilliseconds"].get<std::int64_t>() : 0);
+        switchPort(reach, down, timed ? body["forMilliseconds"].get<std::int64_t>() : 0);
         return AdminAnswer{};
     });
     router.add("GET", "tls", [reach](const AdminRequest&) {

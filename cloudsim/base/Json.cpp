@@ -1,5 +1,7 @@
 #include "base/Json.h"
 
+#include "base/BadInput.h"
+
 namespace cloudsim {
 namespace {
 
@@ -18,6 +20,11 @@ Json ordered(const Json& value, bool scalarsBefore) {
             if (member.is_structured() != scalarsNow)
                 result[key] = ordered(member, scalarsBefore);
     return result;
+}
+
+void require(bool condition, const std::string& place, const char* what) {
+    if (!condition)
+        throw BadInput((place.empty() ? "" : place + ": ") + what);
 }
 
 } // namespace
@@ -59,6 +66,31 @@ std::string toText(const Json& value) {
 std::string textMember(const Json& object, const char* key, const std::string& otherwise) {
     auto member = object.find(key);
     return member != object.end() && member->is_string() ? member->get<std::string>() : otherwise;
+}
+
+std::int64_t requireNumber(const Json& value, const std::string& place, const NumberLimits& limits) {
+    bool fits = value.is_number_integer() && value.get<std::int64_t>() >= limits.lowest &&
+                value.get<std::int64_t>() <= limits.highest;
+    require(fits, place, "must be a number");
+    return value;
+}
+
+bool requireFlag(const Json& value, const std::string& place) {
+    require(value.is_boolean(), place, "must be true or false");
+    return value;
+}
+
+std::string requireText(const Json& value, const std::string& place) {
+    require(value.is_string(), place, "must be a text");
+    return value;
+}
+
+std::int64_t numberMember(const Json& object, const char* key, std::int64_t otherwise, const NumberLimits& limits) {
+    return object.contains(key) ? requireNumber(object[key], key, limits) : otherwise;
+}
+
+bool flagMember(const Json& object, const char* key, bool otherwise) {
+    return object.contains(key) ? requireFlag(object[key], key) : otherwise;
 }
 
 } // namespace cloudsim

@@ -2,6 +2,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cstdint>
+#include <limits>
 #include <string>
 
 namespace cloudsim {
@@ -26,5 +28,20 @@ std::string toText(const Json& value);
 
 /// The member as a text, or `otherwise` when it is missing or something else.
 std::string textMember(const Json& object, const char* key, const std::string& otherwise = {});
+
+struct NumberLimits {
+    std::int64_t lowest = std::numeric_limits<std::int64_t>::min();
+    std::int64_t highest = std::numeric_limits<std::int64_t>::max();
+};
+constexpr NumberLimits notNegative{0};
+
+/// The value as what it has to be. Throws BadInput when it is something else; `place`, which may be empty, is named.
+std::int64_t requireNumber(const Json& value, const std::string& place, const NumberLimits& limits = {});
+bool requireFlag(const Json& value, const std::string& place);
+std::string requireText(const Json& value, const std::string& place);
+
+/// The same for a member that may be missing.
+std::int64_t numberMember(const Json& object, const char* key, std::int64_t otherwise, const NumberLimits& limits = {});
+bool flagMember(const Json& object, const char* key, bool otherwise);
 
 } // namespace cloudsim

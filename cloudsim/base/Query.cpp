@@ -72,4 +72,17 @@ std::vector<std::string> pathSegments(std::string_view path) {
     return segments;
 }
 
+bool fitsPattern(const std::vector<std::string>& segments, const std::vector<std::string>& pattern,
+                 CapturedSegments& captured) {
+    if (pattern.size() != segments.size())
+        return false;
+    for (std::size_t i = 0; i < pattern.size(); ++i) {
+        if (pattern[i].front() == '{')
+            captured[pattern[i].substr(1, pattern[i].size() - 2)] = segments[i];
+        else if (pattern[i] != segments[i])
+            return false;
+    }
+    return true;
+}
+
 } // namespace cloudsim

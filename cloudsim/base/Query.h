@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -22,6 +23,13 @@ const std::string* lastValue(const Query& query, std::string_view key);
 
 /// The non-empty pieces between slashes, without escapes.
 std::vector<std::string> pathSegments(std::string_view path);
+
+/// The segments behind the braces of a pattern such as {"device", "{id}"}, by the names in them.
+using CapturedSegments = std::map<std::string, std::string>;
+
+/// Whether the segments fit the pattern. Captured ones are set by name even if others do not fit.
+bool fitsPattern(const std::vector<std::string>& segments, const std::vector<std::string>& pattern,
+                 CapturedSegments& captured);
 
 std::string withoutEscapes(std::string_view text);
 

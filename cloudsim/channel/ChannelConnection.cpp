@@ -62,9 +62,7 @@ void ChannelConnection::run(const std::string& leftover) {
             going = readInput();
             break;
         case Connection::Waiting::WOKEN:
-            break;
         case Connection::Waiting::TIMED_OUT:
-            going = checkTimes();
             break;
         case Connection::Waiting::CLOSING:
             going = false;

@@ -57,13 +57,9 @@ void setTexts(std::vector<std::string>& list, const std::string& key, const Json
 
 void set(ChannelFaults& faults, const std::string& key, const Json& value) {
     if (const auto* flag = named(flags, key)) {
-        if (!value.is_boolean())
-            throw BadInput(key + ": must be true or false");
-        faults.*flag->member = value;
+        faults.*flag->member = requireFlag(value, key);
     } else if (const auto* number = named(numbers, key)) {
-        if (!value.is_number_integer() || value < 0 || value > std::numeric_limits<int>::max())
-            throw BadInput(key + ": must be a number");
-        faults.*number->member = value;
+        faults.*number->member = static_cast<int>(requireNumber(value, key, {0, std::numeric_limits<int>::max()}));
     } else if (const auto* list = named(texts, key)) {
         setTexts(faults.*list->member, key, value);
     } else if (key == connectionDetails && value.is_object()) {

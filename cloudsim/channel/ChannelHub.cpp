@@ -1,8 +1,8 @@
 #include "channel/ChannelHub.h"
 
 #include "base/Identifiers.h"
+#include "base/WholeNumber.h"
 
-#include <charconv>
 #include <limits>
 
 namespace cloudsim {
@@ -61,12 +61,13 @@ Session* ChannelHub::recoverable(const std::string& context, const AccessTokens:
     auto dash = context.rfind('-');
     if (dash == std::string::npos || m_faults.refuseRecovery)
         return nullptr;
-    const char* end = context.data() + context.size();
-    auto [read, error] = std::from_chars(context.data() + dash + 1, end, lastSequence);
+    auto seen = wholeNumber<int>(std::string_view(context).substr(dash + 1));
+    if (!seen)
+        return nullptr;
+    lastSequence = *seen;
     for (auto& session : m_sessions)
-        if (error == std::errc() && read == end && session.id == context.substr(0, dash) &&
-            session.holder.extensionId == holder.extensionId && lastSequence <= session.sequence &&
-            lastSequence >= session.lostSequence)
+        if (session.id == context.substr(0, dash) && session.holder.extensionId == holder.extensionId &&
+            lastSequence <= session.sequence && lastSequence >= session.lostSequence)
             return &session;
     return nullptr;
 }

@@ -73,7 +73,7 @@ private:
     void handleSubscription(Session& session, const std::vector<std::string>& segments, const std::string& method,
                             const std::string& messageId, const Json& body);
     void confirm(Session& session, Subscription& subscription, const std::string& messageId, const Json* body);
-    Json confirmation(const Subscription& subscription) const;
+    Json confirmation(const Subscription& subscription, const Settings& settings) const;
     std::string newCreationTime();
 
     Guarded<State>& m_state;

@@ -155,17 +155,16 @@ void ChannelHub::confirm(Session& session, Subscription& subscription, const std
     subscription.expirationTime = std::chrono::system_clock::now() + lifetime;
     if (subscription.creationTime.empty() || !settings.renewalKeepsCreationTime)
         subscription.creationTime = newCreationTime();
-    Json data = confirmation(subscription);
-    data["expiresIn"] = settings.subscriptionLifetimeSeconds;
+    Json data = confirmation(subscription, settings);
     reply(session, "ClientRequest", messageId, 200, &data);
 }
 
-Json ChannelHub::confirmation(const Subscription& subscription) const {
+Json ChannelHub::confirmation(const Subscription& subscription, const Settings& settings) const {
     Json data{{"id", m_faults.foreignSubscriptionId ? randomUuid() : subscription.id},
               {"creationTime", subscription.creationTime},
               {"status", "Active"},
               {"expirationTime", toTimestamp(subscription.expirationTime)},
-              {"expiresIn", 0}};
+              {"expiresIn", settings.subscriptionLifetimeSeconds}};
     data["eventFilters"] = Json::array();
     for (const auto& filter : subscription.filters)
         data["eventFilters"].push_back(filter.text);

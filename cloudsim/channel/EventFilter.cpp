@@ -1,9 +1,9 @@
 #include "channel/EventFilter.h"
 
 #include "base/Query.h"
+#include "base/WholeNumber.h"
 
 #include <algorithm>
-#include <charconv>
 
 namespace cloudsim {
 namespace {
@@ -51,10 +51,10 @@ std::optional<EventFilter> readFilter(const std::string& text, const State& stat
         return std::nullopt;
     EventFilter filter{*kind, subscriberId, ""};
     if (segments[5] != "~") {
-        const std::string& id = segments[5];
-        auto [end, error] = std::from_chars(id.data(), id.data() + id.size(), filter.extensionId);
-        if (error != std::errc() || end != id.data() + id.size())
+        auto id = wholeNumber<std::int64_t>(segments[5]);
+        if (!id)
             return std::nullopt;
+        filter.extensionId = *id;
     }
     filter.text =
         "/restapi/v1.0/account/" + std::to_string(state.accountId) + "/extension/" + std::to_string(filter.extensionId);

@@ -53,10 +53,11 @@ bool deliver(Connection& connection, const HttpResponse& response, const FaultAc
         connection.write(randomBytes(actions.randomBytes));
         return false;
     }
-    bool bodyless = response.status == 204 || response.status == 304;
-    bool inChunks = actions.chunkBytes > 0 && !bodyless;
+    bool inChunks = actions.chunkBytes > 0 && hasBody(response.status);
     std::string head = responseHead(response, inChunks);
-    std::string body = inChunks ? chunked(response.body, actions.chunkBytes) : bodyless ? "" : response.body;
+    std::string body = inChunks                   ? chunked(response.body, actions.chunkBytes)
+                       : hasBody(response.status) ? response.body
+                                                  : "";
 
     if (actions.reset == FaultActions::Reset::IN || actions.cutAfterBytes) {
         bool resets = actions.reset == FaultActions::Reset::IN;

@@ -9,25 +9,20 @@
 namespace cloudsim {
 namespace {
 
+// The key is added to what these throw by their caller.
 using Reader = std::function<void(FaultActions&, const Json&)>;
 
 std::int64_t number(const Json& value) {
     constexpr std::int64_t maximum = std::int64_t{1} << 31;
-    if (!value.is_number_integer() || value.get<std::int64_t>() < 0 || value.get<std::int64_t>() > maximum)
-        throw BadInput("must be a number");
-    return value;
+    return requireNumber(value, "", {0, maximum});
 }
 
 bool truth(const Json& value) {
-    if (!value.is_boolean())
-        throw BadInput("must be true or false");
-    return value;
+    return requireFlag(value, "");
 }
 
 std::string text(const Json& value) {
-    if (!value.is_string())
-        throw BadInput("must be a text");
-    return value;
+    return requireText(value, "");
 }
 
 int status(const Json& value) {

@@ -12,19 +12,11 @@ const std::set<std::string> conditions{"path",  "pathPattern",       "method",  
                                        "times", "afterMilliseconds", "forMilliseconds"};
 
 std::int64_t count(const Json& description, const char* key, std::int64_t otherwise) {
-    auto member = description.find(key);
-    if (member == description.end())
-        return otherwise;
-    if (!member->is_number_integer() || member->get<std::int64_t>() < 0)
-        throw BadInput(std::string(key) + ": must be a number");
-    return *member;
+    return numberMember(description, key, otherwise, notNegative);
 }
 
 std::string condition(const Json& description, const char* key) {
-    auto member = description.find(key);
-    if (member != description.end() && !member->is_string())
-        throw BadInput(std::string(key) + ": must be a text");
-    return member == description.end() ? "" : member->get<std::string>();
+    return requireText(description.value(key, Json("")), key);
 }
 
 } // namespace

@@ -125,18 +125,16 @@ void changeSettings(Settings& settings, const Json& members, const std::string& 
     requireObject(members, place);
     Settings changed = settings;
     for (const auto& [key, value] : members.items()) {
-        if (key == keepsCreationTime && value.is_boolean()) {
-            changed.renewalKeepsCreationTime = value;
+        if (key == keepsCreationTime) {
+            changed.renewalKeepsCreationTime = requireFlag(value, inside(place, key));
             continue;
         }
         const auto* setting = std::find_if(std::begin(numberSettings), std::end(numberSettings),
                                            [&key = key](const NumberSetting& entry) { return key == entry.name; });
-        if (setting == std::end(numberSettings) && key != keepsCreationTime)
+        if (setting == std::end(numberSettings))
             refuse(inside(place, key), "is no setting");
-        if (key == keepsCreationTime || !value.is_number_integer() || value.get<std::int64_t>() < 0 ||
-            value.get<std::int64_t>() > std::numeric_limits<int>::max())
-            refuse(inside(place, key), key == keepsCreationTime ? "must be true or false" : "must be a number");
-        changed.*setting->member = value;
+        changed.*setting->member =
+            static_cast<int>(requireNumber(value, inside(place, key), {0, std::numeric_limits<int>::max()}));
     }
     if (changed.grantsPerPage == 0)
         refuse(inside(place, "grantsPerPage"), "must be 1 or more");

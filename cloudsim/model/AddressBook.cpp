@@ -36,16 +36,6 @@ bool AddressBook::replace(std::int64_t id, const Json& members) {
     return true;
 }
 
-bool AddressBook::change(std::int64_t id, const Json& members) {
-    const Json* present = m_log.find(id);
-    if (present == nullptr)
-        return false;
-    Json record = *present;
-    record.merge_patch(members);
-    m_log.put(id, std::move(record));
-    return true;
-}
-
 std::optional<Json> AddressBook::remove(std::int64_t id) {
     const Json* present = m_log.find(id);
     if (present == nullptr)

@@ -22,7 +22,7 @@ public:
     /// Replaces all members but the id and the availability.
     bool replace(std::int64_t id, const Json& members);
     /// Sets the given members, removes those that are null.
-    bool change(std::int64_t id, const Json& members);
+    bool change(std::int64_t id, const Json& members) { return m_log.change(id, members); }
     /// The record as it is after its deletion; nothing for an unknown id.
     std::optional<Json> remove(std::int64_t id);
     const Json* find(std::int64_t id) const { return m_log.find(id); }

@@ -51,16 +51,6 @@ std::string CallLog::add(const Json& members) {
     return id;
 }
 
-bool CallLog::change(const std::string& id, const Json& members) {
-    const Json* present = m_log.find(id);
-    if (present == nullptr)
-        return false;
-    Json record = *present;
-    record.merge_patch(members);
-    m_log.put(id, std::move(record));
-    return true;
-}
-
 bool CallLog::remove(const std::string& id) {
     return m_log.erase(id);
 }

@@ -23,7 +23,7 @@ public:
     /// Fills in what the members leave out, and returns the id. An id that is there already is overwritten.
     std::string add(const Json& members);
     /// Sets the given members, removes those that are null. False for an unknown id.
-    bool change(const std::string& id, const Json& members);
+    bool change(const std::string& id, const Json& members) { return m_log.change(id, members); }
     bool remove(const std::string& id);
     void removeAll();
     const Json* find(const std::string& id) const { return m_log.find(id); }

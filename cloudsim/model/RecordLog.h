@@ -26,6 +26,17 @@ public:
 
     void put(const Id& id, Json record) { m_entries[id] = Entry{id, std::move(record), ++m_point, false}; }
 
+    /// Sets the given members, removes those that are null. False for an unknown id.
+    bool change(const Id& id, const Json& members) {
+        const Json* present = find(id);
+        if (present == nullptr)
+            return false;
+        Json record = *present;
+        record.merge_patch(members);
+        put(id, std::move(record));
+        return true;
+    }
+
     bool erase(const Id& id) {
         auto entry = m_entries.find(id);
         if (entry == m_entries.end() || entry->second.deleted)

@@ -66,6 +66,10 @@ const char* reasonPhrase(int status) {
     }
 }
 
+bool hasBody(int status) {
+    return status != 204 && status != 304;
+}
+
 std::string responseHead(const HttpResponse& response, bool chunked) {
     std::string head = "HTTP/1.1 " + std::to_string(response.status) + " " + reasonPhrase(response.status) + "\r\n";
     for (const auto& [name, value] : response.headers)
@@ -74,14 +78,13 @@ std::string responseHead(const HttpResponse& response, bool chunked) {
         head += "Connection: close\r\n";
     if (chunked)
         head += "Transfer-Encoding: chunked\r\n";
-    else if (response.status >= 200 && response.status != 204 && response.status != 304)
+    else if (response.status >= 200 && hasBody(response.status))
         head += "Content-Length: " + std::to_string(response.body.size()) + "\r\n";
     return head + "\r\n";
 }
 
 std::string responseText(const HttpResponse& response) {
-    bool bodyless = response.status == 204 || response.status == 304;
-    return bodyless ? responseHead(response) : responseHead(response) + response.body;
+    return responseHead(response) + (hasBody(response.status) ? response.body : "");
 }
 
 } // namespace cloudsim

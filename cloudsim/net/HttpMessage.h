@@ -29,6 +29,8 @@ struct HttpResponse {
 
 std::string toLower(std::string_view text);
 const char* reasonPhrase(int status);
+/// False for the final answers that end with their head.
+bool hasBody(int status);
 
 /// Status line and headers, Content-Length or chunked coding included, with the empty line.
 std::string responseHead(const HttpResponse& response, bool chunked = false);

@@ -1,18 +1,12 @@
 #include "rest/Resources.h"
 
-#include <charconv>
+#include "base/WholeNumber.h"
 
 namespace cloudsim {
 namespace {
 
 constexpr std::int64_t defaultPageSize = 250;
 constexpr std::int64_t maximumPageSize = 1000;
-
-std::optional<std::int64_t> contactId(const std::string& text) {
-    std::int64_t id = 0;
-    auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), id);
-    return error == std::errc() && end == text.data() + text.size() ? std::optional(id) : std::nullopt;
-}
 
 /// The members of a contact; nothing when the body is something else.
 std::optional<Json> contactMembers(const std::string& body) {
@@ -73,7 +67,7 @@ HttpResponse addContact(const RestContext& context) {
 }
 
 HttpResponse getContact(const RestContext& context) {
-    auto id = contactId(context.id);
+    auto id = wholeNumber<std::int64_t>(context.id);
     const Json* contact = id ? context.extension().contacts.find(*id) : nullptr;
     return contact == nullptr ? unknownContact() : jsonResponse(*contact);
 }
@@ -82,7 +76,7 @@ HttpResponse editContact(const RestContext& context) {
     auto members = contactMembers(context.request.body);
     if (!members)
         return badContact();
-    auto id = contactId(context.id);
+    auto id = wholeNumber<std::int64_t>(context.id);
     AddressBook& contacts = context.extension().contacts;
     if (!id || !contacts.replace(*id, *members))
         return unknownContact();
@@ -90,7 +84,7 @@ HttpResponse editContact(const RestContext& context) {
 }
 
 HttpResponse deleteContact(const RestContext& context) {
-    auto id = contactId(context.id);
+    auto id = wholeNumber<std::int64_t>(context.id);
     auto removed = id ? context.extension().contacts.remove(*id) : std::nullopt;
     return removed ? jsonResponse(*removed) : unknownContact();
 }

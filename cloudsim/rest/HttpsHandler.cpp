@@ -114,9 +114,7 @@ HttpResponse HttpsHandler::replacement(const HttpRequest& request, const FaultAc
     int status = actions.status.value_or(200);
     if (actions.body)
         return {status, {{"Content-Type", "application/json;charset=utf-8"}}, *actions.body};
-    if (actions.emptyAnswer || actions.randomBytes > 0)
-        return {status, {}, ""};
-    if (status == 204 || status == 304)
+    if (actions.emptyAnswer || actions.randomBytes > 0 || !hasBody(status))
         return {status, {}, ""};
     return errorResponse(status, "CMN-211", "The request was not carried out");
 }

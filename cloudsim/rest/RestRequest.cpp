@@ -1,6 +1,6 @@
 #include "rest/RestRequest.h"
 
-#include <charconv>
+#include "base/WholeNumber.h"
 
 namespace cloudsim {
 
@@ -14,11 +14,7 @@ HttpResponse errorResponse(int status, const std::string& code, const std::strin
 
 std::optional<std::int64_t> queryNumber(const Query& query, const char* key) {
     const std::string* text = lastValue(query, key);
-    std::int64_t number = 0;
-    if (text == nullptr)
-        return std::nullopt;
-    auto [end, error] = std::from_chars(text->data(), text->data() + text->size(), number);
-    return error == std::errc() && end == text->data() + text->size() ? std::optional(number) : std::nullopt;
+    return text == nullptr ? std::nullopt : wholeNumber<std::int64_t>(*text);
 }
 
 } // namespace cloudsim

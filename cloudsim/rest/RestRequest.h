@@ -4,7 +4,6 @@
 #include "model/State.h"
 #include "net/HttpMessage.h"
 
-#include <functional>
 #include <string>
 #include <vector>
 

@@ -10,7 +10,7 @@ enum class Access { OWN, GRANTED, COLLEAGUE };
 
 struct Route {
     const char* method;
-    const char* path; ///< "{extension}" and "{id}" stand for a segment
+    const char* path; ///< "{account}", "{extension}" and "{id}" stand for a segment
     Access access;
     HttpResponse (*resource)(const RestContext&);
 };
@@ -32,29 +32,6 @@ constexpr Route routes[] = {
     {"POST", "restapi/oauth/wstoken", Access::OWN, issueSocketToken},
 };
 
-struct Captured {
-    std::string account = "~";
-    std::string extension = "~";
-    std::string id;
-};
-
-bool matches(const Route& route, const std::vector<std::string>& segments, Captured& captured) {
-    auto pattern = pathSegments(route.path);
-    if (pattern.size() != segments.size())
-        return false;
-    for (std::size_t i = 0; i < pattern.size(); ++i) {
-        if (pattern[i] == "{account}")
-            captured.account = segments[i];
-        else if (pattern[i] == "{extension}")
-            captured.extension = segments[i];
-        else if (pattern[i] == "{id}")
-            captured.id = segments[i];
-        else if (pattern[i] != segments[i])
-            return false;
-    }
-    return true;
-}
-
 bool mayReach(const State& state, const Extension& caller, std::int64_t extensionId, Access access) {
     if (extensionId == caller.id)
         return true;
@@ -69,24 +46,26 @@ bool mayReach(const State& state, const Extension& caller, std::int64_t extensio
     return false;
 }
 
-HttpResponse visit(const Route& route, const Captured& captured, State& state, const RestRequest& request,
+HttpResponse visit(const Route& route, const CapturedSegments& captured, State& state, const RestRequest& request,
                    std::vector<CloudEvent>& events) {
     const Extension* caller = state.findExtension(request.caller.extensionId);
     if (caller == nullptr)
         return errorResponse(404, "CMN-102", "The extension is gone");
-    if (captured.account != "~" && captured.account != std::to_string(state.accountId))
+    const std::string& account = captured.at("account");
+    if (account != "~" && account != std::to_string(state.accountId))
         return errorResponse(404, "CMN-102", "Account is not found");
     std::int64_t extensionId = caller->id;
-    if (captured.extension != "~") {
+    const std::string& extension = captured.at("extension");
+    if (extension != "~") {
         auto found = std::find_if(state.extensions.begin(), state.extensions.end(),
-                                  [&](const auto& entry) { return std::to_string(entry.first) == captured.extension; });
+                                  [&](const auto& entry) { return std::to_string(entry.first) == extension; });
         if (found == state.extensions.end())
             return errorResponse(404, "CMN-102", "Extension is not found");
         extensionId = found->first;
     }
     if (!mayReach(state, *caller, extensionId, route.access))
         return errorResponse(403, "CMN-408", "Permission is missing");
-    return route.resource({state, request, extensionId, captured.id, events});
+    return route.resource({state, request, extensionId, captured.at("id"), events});
 }
 
 HttpResponse issueToken(State& state, const Device* device, const std::string& peerName) {
@@ -132,8 +111,8 @@ HttpResponse RestRouter::answer(State& state, const HttpRequest& request, const 
 HttpResponse RestRouter::answer(State& state, const RestRequest& request, std::vector<CloudEvent>& events) const {
     bool known = false;
     for (const Route& route : routes) {
-        Captured captured;
-        if (!matches(route, request.segments, captured))
+        CapturedSegments captured{{"account", "~"}, {"extension", "~"}, {"id", ""}};
+        if (!fitsPattern(request.segments, pathSegments(route.path), captured))
             continue;
         if (request.method == route.method)
             return visit(route, captured, state, request, events);
