@@ -2,33 +2,23 @@
 
 import http.client
 import json
-import os
 import shutil
 import signal
 import ssl
 import subprocess
+import sys
 import tempfile
-import time
 import unittest
 import urllib.parse
 from pathlib import Path
 
-BIN_DIR = Path(os.environ.get("ORVANE_BIN_DIR", Path(__file__).resolve().parents[2] / "build/debug/bin"))
-# Sanitizer builds are several times slower; the waits are bounds, not delays.
-PATIENCE = float(os.environ.get("ORVANE_PATIENCE", "1"))
+# Behind the own folder, which has test programs of the same names.
+sys.path.append(str(Path(__file__).resolve().parents[1] / "system"))
+
+from orvane_system import BIN_DIR, PATIENCE, wait_until  # noqa: E402,F401
+
 DEVICE = "/KD24/0011AABBCC01"
 EXTENSION = "/restapi/v1.0/account/~/extension/"
-
-
-def wait_until(condition, timeout=10.0, what="the condition"):
-    deadline = time.monotonic() + timeout * PATIENCE
-    while True:
-        result = condition()
-        if result:
-            return result
-        if time.monotonic() > deadline:
-            raise AssertionError(f"{what} did not come about within {timeout} s")
-        time.sleep(0.01)
 
 
 class Simulator:
