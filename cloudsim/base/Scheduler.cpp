@@ -45,7 +45,7 @@ void Scheduler::run() {
         try {
             operation();
         } catch (const std::exception& error) {
-            std::cerr << "a scheduled operation failed: " << error.what() << std::endl;
+            std::cerr << "a scheduled operation failed: " << error.what() << '\n';
         }
         lock.lock();
     }

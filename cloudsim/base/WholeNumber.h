@@ -10,8 +10,9 @@ namespace cloudsim {
 template <class Number>
 std::optional<Number> wholeNumber(std::string_view text) {
     Number number = 0;
-    const char* behind = text.data() + text.size();
-    auto [end, error] = std::from_chars(text.data(), behind, number);
+    const char* begin = text.data();
+    const char* behind = begin + text.size();
+    auto [end, error] = std::from_chars(begin, behind, number);
     return error == std::errc() && end == behind ? std::optional(number) : std::nullopt;
 }
 

@@ -10,7 +10,7 @@ namespace cloudsim {
 namespace {
 
 void report(std::uint64_t connectionNumber, const std::exception& error) {
-    std::cerr << "connection " << connectionNumber << ": " << error.what() << std::endl;
+    std::cerr << "connection " << connectionNumber << ": " << error.what() << '\n';
 }
 
 } // namespace
