@@ -1,6 +1,7 @@
 """A telephone and a cloud for one test, started on demand and ended with it."""
 
 import shutil
+import subprocess
 import sys
 import tempfile
 import unittest
@@ -38,6 +39,14 @@ def is_token_failure(line):
 
 def is_item(name, value=None):
     return lambda line: line.get("event") == "item" and line["name"] == name and (value is None or line["value"] == value)
+
+
+def make_authority(directory):
+    """A certificate authority's file that nobody's server has a certificate of."""
+    ca = f"{directory}/ca.pem"
+    subprocess.run(["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-keyout", f"{directory}/key.pem",
+                    "-out", ca, "-subj", "/CN=nobody", "-days", "2"], check=True, capture_output=True)
+    return ca
 
 
 class Phone:

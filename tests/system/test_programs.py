@@ -10,15 +10,13 @@ import time
 import unittest
 
 from orvane_system import BIN_DIR, PATIENCE, run
-from telephone_case import TelephoneCase, full_call_log, is_token_failure
+from telephone_case import TelephoneCase, full_call_log, is_token_failure, make_authority
 
 
 class BadInput(TelephoneCase):
     def setUp(self):
         super().setUp()
-        self.ca = f"{self.directory}/ca.pem"
-        subprocess.run(["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-keyout", f"{self.directory}/key.pem",
-                        "-out", self.ca, "-subj", "/CN=nobody", "-days", "2"], check=True, capture_output=True)
+        self.ca = make_authority(self.directory)
 
     def assert_bad_usage(self, arguments, *words):
         result = run(arguments)
