@@ -41,6 +41,9 @@ EndWatch::~EndWatch() {
     }
     ::eventfd_write(m_wake, 1);
     m_thread.join();
+    if (m_output != nullptr) {
+        m_output->setFailureListener(nullptr);
+    }
     ::close(m_wake);
     ::close(m_signals);
 }
@@ -48,7 +51,10 @@ EndWatch::~EndWatch() {
 void EndWatch::enter(Stage stage, Output& output) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_stage = stage;
-    m_output = &output;
+    if (m_output != &output) {
+        m_output = &output;
+        output.setFailureListener([this] { outputFailed(); });
+    }
     if (stage == Stage::COMING_DOWN && !m_limit) {
         m_limit = Clock::now() + endLimit;
         ::eventfd_write(m_wake, 1);
@@ -91,13 +97,24 @@ void EndWatch::watch() {
     }
 }
 
+void EndWatch::outputFailed() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    askForEnd();
+    ::eventfd_write(m_wake, 1);
+}
+
 void EndWatch::signalCame() {
     if (m_stage == Stage::PREPARING) {
         ::_exit(GOOD);
     }
-    if (m_asked) {
+    if (m_signalled) {
         leave(std::string());
     }
+    m_signalled = true;
+    askForEnd();
+}
+
+void EndWatch::askForEnd() {
     m_asked = true;
     if (!m_limit) {
         m_limit = Clock::now() + endLimit;

@@ -29,9 +29,9 @@ public:
     /// `output` gets its last line when the process is ended here.
     void enter(Stage stage, Output& output);
 
-    /// Until a signal asks for the end.
+    /// Until the end is asked for: by a signal, or by an output that has failed.
     void wait();
-    /// For as long at most; whether a signal asks for the end.
+    /// For as long at most; whether the end is asked for.
     bool waitFor(std::chrono::milliseconds time);
 
 private:
@@ -39,8 +39,10 @@ private:
 
     void watch();
     int pollMilliseconds();
+    void outputFailed();
     // With m_mutex held.
     void signalCame();
+    void askForEnd();
     void leave(const std::string& reason);
     std::string reason() const;
 
@@ -50,7 +52,8 @@ private:
     std::condition_variable m_changed;
     Stage m_stage = Stage::PREPARING;
     Output* m_output = nullptr;
-    bool m_asked = false;
+    bool m_signalled = false;
+    bool m_asked = false; ///< to end; what an output asks for is no first signal
     bool m_done = false;
     std::optional<Clock::time_point> m_limit;
     std::thread m_thread;

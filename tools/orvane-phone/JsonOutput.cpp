@@ -2,13 +2,10 @@
 
 #include "events/EventLines.h"
 
-#include <cstdio>
-
 void JsonOutput::write(const std::string& line) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (!m_stopped) {
-        std::fwrite((line + "\n").data(), 1, line.size() + 1, stdout);
-        std::fflush(stdout);
+        print(line + "\n");
     }
 }
 

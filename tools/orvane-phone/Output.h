@@ -2,14 +2,22 @@
 
 #include "OrvaneServiceTypes.h"
 
+#include <atomic>
+#include <functional>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// Where the telephone's reports go. The calls come from any thread; each is complete when it returns.
 class Output {
 public:
     virtual ~Output() = default;
+
+    /// Called once, on any thread, when something could not be written, which is told on standard error; nothing is
+    /// written from then on. To be set while nobody reports.
+    void setFailureListener(std::function<void()> listener) { m_failureListener = std::move(listener); }
+    bool hasFailed() const { return m_failed; }
 
     virtual void ready(const std::string& controlSocket) = 0;
     virtual void fullSync(OrvaneServiceTypes::DataType type, const std::vector<std::string>& data) = 0;
@@ -28,4 +36,12 @@ public:
     /// Of a run that ends by itself.
     virtual void summary() = 0;
     virtual void stopped() = 0;
+
+protected:
+    /// Writes to standard output; one call at a time.
+    void print(const std::string& text);
+
+private:
+    std::function<void()> m_failureListener;
+    std::atomic<bool> m_failed{false};
 };

@@ -77,5 +77,5 @@ int main(int argumentCount, char** arguments) {
     telephone.end();
     watch.enter(EndWatch::Stage::LAST_LINE, *output);
     output->stopped();
-    return exitStatus;
+    return output->hasFailed() ? FAILED : exitStatus;
 }
