@@ -92,6 +92,11 @@ bool ThreadRegistry::isRunning(unsigned long id) {
     return entry != m_threads.end() && !entry->second.ended;
 }
 
+unsigned long ThreadRegistry::lastId() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_lastId;
+}
+
 std::size_t ThreadRegistry::running() {
     std::unique_lock<std::mutex> lock(m_mutex);
     reapEnded(lock);

@@ -24,6 +24,8 @@ public:
     /// Returns at once for an id that is unknown, has ended or is the calling thread's own.
     void waitFor(unsigned long id);
     bool isRunning(unsigned long id);
+    /// Of the thread that was made last; ids are counted up.
+    unsigned long lastId();
     /// How many threads have not ended.
     std::size_t running();
 

@@ -91,3 +91,17 @@ TEST_F(StubbornTelephone, AnswersItsOwnCommandsWithoutInvoker) {
 
     EXPECT_EQ((std::vector<std::string>{R"({"name":"SERVER_TYPE","value":"7"})"}), linesOf(m_folder + "/item.out"));
 }
+
+TEST(PhoneProcess, TakesTheEndOfTheFirstThreadAloneForThatOfTheFirstLogin) {
+    char name[] = "/tmp/orvane-phone-XXXXXX";
+    const std::string folder = ::mkdtemp(name);
+    TestCertificates certificates;
+    Process phone({ORVANE_PHONE, "--json", "--once", "--ca", certificates.authority().certificate, "--model", "KD24",
+                   "--mac", "M", "--service", SLOW_LOGIN_SERVICE, "--control", folder + "/socket"},
+                  folder + "/out", folder + "/err");
+
+    EXPECT_EQ(0, phone.wait()) << "the service was not running";
+
+    const std::string command = "rm -r '" + folder + "'";
+    EXPECT_EQ(0, std::system(command.c_str()));
+}

@@ -73,7 +73,12 @@ bool Telephone::begin(std::string& error, int& exitStatus) {
     }
     // The service's own threads come after init, the login first of all.
     std::atomic<bool>& firstLoginEnded = m_parts->firstLoginEnded;
-    ThreadRegistry::instance().setEndListener([&firstLoginEnded](unsigned long) { firstLoginEnded = true; });
+    const unsigned long firstLogin = ThreadRegistry::instance().lastId() + 1;
+    ThreadRegistry::instance().setEndListener([&firstLoginEnded, firstLogin](unsigned long id) {
+        if (id == firstLogin) {
+            firstLoginEnded = true;
+        }
+    });
     if (!m_options.noObserver) {
         m_parts->calls->subscribe(&m_parts->observer);
     }
