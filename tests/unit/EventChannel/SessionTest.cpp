@@ -60,6 +60,16 @@ TEST_F(SessionTest, ConnectionDetailsWithoutDataChangeNothing) {
     EXPECT_TRUE(timers().calls.empty());
 }
 
+TEST_F(SessionTest, TheResultTellsWhetherTheDetailsWentThrough) {
+    openSession();
+    const TestJson::Value frame = TestJson::parse(connectionDetails(Details()));
+    json_t* details = json_array_get(frame.get(), 1);
+    EXPECT_TRUE(service->handleMsgConnectionDetails(nullptr, details));
+    json_object_del(details, "idleTimeout");
+    EXPECT_FALSE(service->handleMsgConnectionDetails(nullptr, details));
+    EXPECT_FALSE(service->handleMsgConnectionDetails(nullptr, nullptr));
+}
+
 TEST_F(SessionTest, AMissingKeyLeavesEverythingAsItWas) {
     openSession(Setup(), {"", 3, 120, 60});
     const std::string idleTimer = std::to_string(runningTimer(idleMilliseconds));
