@@ -145,10 +145,10 @@ void EndWatch::leave(const std::string& reason) {
             output->stopped();
             ::_exit(FAILED);
         }).detach();
-        std::this_thread::sleep_for(lastLineLimit);
     } catch (const std::system_error&) {
-        // No thread, no lines.
+        ::_exit(FAILED); // no thread, no lines
     }
+    std::this_thread::sleep_for(lastLineLimit);
     ::_exit(FAILED);
 }
 
