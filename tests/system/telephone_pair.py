@@ -12,7 +12,7 @@ OWN, LINE = 1001, 2001
 # Sanitizers make programs several times slower; a pong has to come in time nevertheless.
 TIME_SCALE = 60 if PATIENCE <= 1 else 20
 # Threads that a telephone has for as long as it runs; all others do one piece of work and end.
-LASTING = {"control", "orvane-phone", "siblings", "store", "timers", "WebSocket"}
+LASTING = {"control", "end-watch", "orvane-phone", "siblings", "store", "timers", "WebSocket"}
 # A poll every half second.
 INTERVAL_SECONDS = 30
 CALL = {"direction": "Inbound", "result": "Missed", "from": {"phoneNumber": "+49301", "name": "Anna"},
