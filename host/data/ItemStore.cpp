@@ -38,9 +38,12 @@ std::unique_ptr<ItemStore> ItemStore::open(const std::string& path, std::string&
         !store->run("pragma user_version=1", error) || !store->check(error)) {
         return nullptr;
     }
-    store->read();
     store->m_change = store->prepare("insert into items (key, value) values (?1, ?2) "
                                      "on conflict (key) do update set value=?2");
+    if (!store->m_change || !store->read()) {
+        error = sqlite3_errmsg(database);
+        return nullptr;
+    }
     return store;
 }
 
@@ -77,11 +80,13 @@ bool ItemStore::check(std::string& error) {
     return run("select key, value from items limit 1", error);
 }
 
-void ItemStore::read() {
+bool ItemStore::read() {
     const Statement statement = prepare("select key, value from items");
-    while (sqlite3_step(statement.get()) == SQLITE_ROW) {
+    int outcome = sqlite3_step(statement.get());
+    for (; outcome == SQLITE_ROW; outcome = sqlite3_step(statement.get())) {
         m_items.emplace(columnText(statement.get(), 0), columnText(statement.get(), 1));
     }
+    return outcome == SQLITE_DONE;
 }
 
 std::optional<std::string> ItemStore::get(const std::string& key) const {

@@ -35,7 +35,7 @@ private:
     bool run(const char* statement, std::string& error);
     /// Whether the file is sound and its table has the known columns.
     bool check(std::string& error);
-    void read();
+    bool read();
 
     std::unique_ptr<sqlite3, Close> m_database;
     Statement m_change;                         ///< of one item; goes before its database

@@ -4,6 +4,7 @@
 #include "OrvaneEventList.h"
 #include "OrvaneService/BcaLineType.h"
 #include "OrvaneService/FpkPresenceDataType.h"
+#include "OrvaneService/ServiceState.h"
 #include "OrvaneService/WorkerThread.h"
 #include "OrvaneServiceHelper/OrvaneServiceHelper.h"
 #include "OrvaneServiceIfc.h"
@@ -41,29 +42,15 @@ class ServiceDataManagerIfc;
 class TeamServiceIfc;
 class ThreaderIfc;
 
-enum ServiceState : int {
-    INITIALIZED = 0,
-    CONFIGURED_ON_INIT = 1,
-    DECONFIGURED_ON_INIT = 2,
-    CONFIGURED = 3,
-    CONFIGURED_MOBILITY_WAITING = 4,
-    CONFIGURED_MOBILITY_READY = 5,
-    CONFIGURED_ON_NETWORK_UP = 6,
-    START = 7,
-    CONNECTED = 8,
-    DECONFIGURING = 9,
-    DECONFIGURED = 10,
-    STOP = 11,
-    STOP_ON_MOBILITY = 12,
-    STOP_ON_NETWORK_DOWN = 13,
-};
-
 /// The whole state of the telephone's cloud client. Its operations live in one file a concern; they share the
 /// members directly. Which semaphore guards what stands beside the semaphores; what has none is read and written
 /// as it stands, on purpose.
 ///
 /// The order of the virtual operations is the binary interface of the loaded service, the order of the members
 /// decides who is destroyed first. Both are kept.
+///
+/// Below stand the virtual operations in their order, the other operations that are callable from outside, the helpers,
+/// and the members: within the second and the third by the file that defines them, each under its name.
 class OrvaneService : public Service,
                       public OrvaneServiceIfc,
                       public MgmtAgentIfc,

@@ -23,7 +23,7 @@
 namespace {
 
 struct Arguments {
-    const char* library;
+    const char* servicePath;
     const char* server;
     const char* authorities;
 };
@@ -107,14 +107,14 @@ int entries(const char* folder) {
 }
 
 bool runRound(const Arguments& arguments) {
-    void* library = ::dlopen(arguments.library, RTLD_NOW | RTLD_LOCAL);
+    void* library = ::dlopen(arguments.servicePath, RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) {
         std::fprintf(stderr, "LoadRounds: %s\n", ::dlerror());
         return false;
     }
     const bool loggedIn = logInOnce(arguments, library);
     ::dlclose(library);
-    const bool stillThere = ::dlopen(arguments.library, RTLD_LAZY | RTLD_NOLOAD) != nullptr;
+    const bool stillThere = ::dlopen(arguments.servicePath, RTLD_LAZY | RTLD_NOLOAD) != nullptr;
     const struct mallinfo2 heap = ::mallinfo2();
     std::printf(R"({"loggedIn":%s,"stillThere":%s,"heap":%zu,"threads":%d,"descriptors":%d})"
                 "\n",

@@ -1,10 +1,10 @@
 #include "CloudSimulator.h"
 #include "base/BadInput.h"
+#include "base/WholeNumber.h"
 
 #include <CLI/CLI.hpp>
 
 #include <cerrno>
-#include <charconv>
 #include <csignal>
 #include <cstdint>
 #include <cstring>
@@ -38,10 +38,7 @@ private:
 
 /// The option parser lets negative numbers become huge ones.
 std::string findSeedFault(const std::string& text) {
-    std::uint64_t seed = 0;
-    const char* textEnd = text.data() + text.size();
-    auto [end, error] = std::from_chars(text.data(), textEnd, seed);
-    return error == std::errc() && end == textEnd ? "" : "no whole number from 0 to 2^64-1: " + text;
+    return cloudsim::wholeNumber<std::uint64_t>(text) ? "" : "no whole number from 0 to 2^64-1: " + text;
 }
 
 /// Throws when standard output does not take it all.

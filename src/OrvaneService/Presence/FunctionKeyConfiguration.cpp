@@ -62,7 +62,7 @@ std::string OrvaneService::getIndexFromIndexedPldsItem(const std::string& id) {
 }
 
 void OrvaneService::functionKeyChanged(const std::string& id, const std::string& value) {
-    // Asked for nothing: the index is all that stands behind the tag, even if it should hold a "-" of its own.
+    // Its answer plays no part: the index is all that stands behind the tag, even if that holds a "-" of its own.
     static_cast<void>(getIndexFromIndexedPldsItem(id));
     ORVANE_LOG(DEBUG, "manageableDataChanged() fpkPresenceData map size[%zu] - begin", getFpkPresenceMapSize());
     std::string index = id.substr(PldsTags::FUNCTION_KEY_ID.length());

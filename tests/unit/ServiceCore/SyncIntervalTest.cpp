@@ -49,6 +49,18 @@ protected:
         connectWithEmptyCloud();
     }
     void deliver(const std::string& value) { EXPECT_TRUE(platform.dataManager.deliver(intervalItem, value).accepted); }
+    void startAgain() {
+        expectToken();
+        expectExtension();
+        expectGrants();
+        expectIncrementalCallLog("c1", "c2");
+        expectWebSocketToken();
+        service->start();
+    }
+    void pollOnce() {
+        expectIncrementalCallLog("c2", "c3");
+        passSeconds(60);
+    }
 };
 
 TEST_F(PollingInterval, ThatChangesWhilePollingSynchronisesAtOnce) {
@@ -78,15 +90,9 @@ TEST_F(PollingInterval, ThatChangesWhileNotPollingWaitsForTheNextExpiry) {
     deliver("300");
 
     EXPECT_TRUE(platform.context.withDuration(300000).empty());
-    expectToken();
-    expectExtension();
-    expectGrants();
-    expectIncrementalCallLog("c1", "c2");
-    expectWebSocketToken();
-    service->start();
+    startAgain();
     EXPECT_EQ(1u, platform.context.running(60000).size());
-    expectIncrementalCallLog("c2", "c3");
-    passSeconds(60);
+    pollOnce();
     EXPECT_EQ(1u, platform.context.running(300000).size());
     EXPECT_TRUE(platform.context.withDuration(60000).empty());
 }
@@ -97,14 +103,8 @@ TEST_F(PollingInterval, ThatIsRefusedLeavesAnEarlierChangeToTheNextExpiry) {
 
     EXPECT_FALSE(platform.dataManager.deliver(intervalItem, "29").accepted);
 
-    expectToken();
-    expectExtension();
-    expectGrants();
-    expectIncrementalCallLog("c1", "c2");
-    expectWebSocketToken();
-    service->start();
-    expectIncrementalCallLog("c2", "c3");
-    passSeconds(60);
+    startAgain();
+    pollOnce();
     EXPECT_EQ(1u, platform.context.running(300000).size());
 }
 
@@ -114,14 +114,8 @@ TEST_F(PollingInterval, ThatIsSetTwiceWhileNotPollingMissesItsTimer) {
 
     deliver("300");
 
-    expectToken();
-    expectExtension();
-    expectGrants();
-    expectIncrementalCallLog("c1", "c2");
-    expectWebSocketToken();
-    service->start();
-    expectIncrementalCallLog("c2", "c3");
-    passSeconds(60);
+    startAgain();
+    pollOnce();
     EXPECT_EQ(1u, platform.context.running(60000).size());
     EXPECT_TRUE(platform.context.withDuration(300000).empty());
     EXPECT_FALSE(logged(6, "timerEvent() sync interval changed, recreating timer"));
